@@ -1,0 +1,27 @@
+#include "lang/Exception.h"
+
+#include "util/StringHelper.h"
+
+namespace QRN_SPACE {
+
+Exception::Exception() = default;
+
+Exception::Exception(const std::string& message) : message(message) {}
+
+Exception::~Exception() = default;
+
+const std::string& Exception::getMessage() const { return message; }
+
+const char* Exception::toString() { return message.c_str(); }
+
+std::string Exception::getErrorLocation() const {
+    return file + ", line" + StringHelper::ntoa(line);
+}
+
+IOException::~IOException() = default;
+OutOfMemoryException::~OutOfMemoryException() = default;
+CompressionException::~CompressionException() = default;
+ArchivingException::~ArchivingException() = default;
+EncodingException::~EncodingException() = default;
+
+}  // namespace QRN_SPACE
