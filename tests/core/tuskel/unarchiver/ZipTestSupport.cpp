@@ -1,0 +1,81 @@
+#include "ZipTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "support/TestStreams.h"
+
+using tuskel_test::commandOutput;
+using tuskel_test::runCommand;
+using tuskel_test::shellQuote;
+
+namespace ziptest {
+
+void python(const std::string& dir, const std::string& script) {
+    std::string file = dir + "/script.py";
+    tuskel_test::writeFile(file, script);
+    ASSERT_EQ(runCommand("cd " + shellQuote(dir) + " && python3 script.py"), 0) << script;
+}
+
+namespace {
+
+std::string unhex(const std::string& hex) {
+    std::string out;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    return out;
+}
+
+}  // namespace
+
+std::vector<Listed> listEntries(const std::string& archive) {
+    // One line per entry, fields separated by tabs, byte strings in hex.
+    std::string out = commandOutput(
+        "python3 -c '\n"
+        "import sys, zipfile\n"
+        "for i in zipfile.ZipFile(sys.argv[1]).infolist():\n"
+        "    d = i.date_time\n"
+        "    t = (d[0] - 1980) << 25 | d[1] << 21 | d[2] << 16 | d[3] << 11 | d[4] << 5 | d[5] // 2\n"
+        "    print(i.orig_filename.encode(\"cp437\" if not i.flag_bits & 0x800 else \"utf-8\").hex(), i.CRC,\n"
+        "          i.compress_size, i.file_size, i.header_offset, t, i.flag_bits, i.compress_type,\n"
+        "          i.extra.hex() or \"-\", i.comment.hex() or \"-\", sep=\"\\t\")\n"
+        "' " + shellQuote(archive));
+    std::vector<Listed> entries;
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream f(line);
+        Listed e;
+        std::string name, extra, comment;
+        f >> name >> e.crc >> e.compressedSize >> e.size >> e.headerOffset >> e.dosTime >> e.flags >> e.method >> extra >>
+            comment;
+        e.name = unhex(name);
+        e.extra = extra == "-" ? "" : unhex(extra);
+        e.comment = comment == "-" ? "" : unhex(comment);
+        entries.push_back(e);
+    }
+    return entries;
+}
+
+std::string unzipEntry(const std::string& archive, const std::string& name) {
+    return commandOutput("unzip -p " + shellQuote(archive) + " " + shellQuote(name));
+}
+
+std::vector<std::string> makeTree(const std::string& dir) {
+    std::string root = dir + "/root";
+    runCommand("mkdir -p " + shellQuote(root + "/sub/deeper") + " " + shellQuote(root + "/emptydir"));
+    std::vector<std::pair<std::string, std::string>> files = {
+        {"hello.txt", "hello, world\n"},
+        {"empty.txt", ""},
+        {"random.bin", tuskel_test::patternBytes(70000, 7)},
+        {"sub/text.txt", std::string(100000, 'a') + "tail"},
+        {"sub/deeper/one.bin", tuskel_test::patternBytes(1, 3)},
+    };
+    std::vector<std::string> names;
+    for (auto& f : files) {
+        tuskel_test::writeFile(root + "/" + f.first, f.second);
+        names.push_back(f.first);
+    }
+    return names;
+}
+
+}  // namespace ziptest
