@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <sstream>
 
 #include "support/TestStreams.h"
+#include "ZipRecorder.h"
 
 using tuskel_test::commandOutput;
 using tuskel_test::runCommand;
@@ -76,6 +78,41 @@ std::vector<std::string> makeTree(const std::string& dir) {
         names.push_back(f.first);
     }
     return names;
+}
+
+}  // namespace ziptest
+
+namespace ziptest {
+
+void Recorder::releaseSession() {
+    calls.push_back("release");
+    // Runs inside the unarchiver's handler, so the exception it holds is
+    // still current.
+    try {
+        if (std::current_exception()) std::rethrow_exception(std::current_exception());
+    } catch (QRN_SPACE::Exception& e) {
+        contained.push_back(e.getMessage());
+    }
+}
+
+QRN_SPACE::OutputStream* Recorder::processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) {
+    _kept.emplace_back(info);
+    calls.push_back("entry " + info->name);
+    int answer = decide(*info);
+    if (answer != kLeaveAlone) action = answer;
+    tuskel_test::CollectingOutputStream* out = nullptr;
+    if (!streamsOnlyWithSize || info->usize > 0) {
+        _outs.emplace_back(new tuskel_test::CollectingOutputStream());
+        out = _outs.back().get();
+    }
+    seen.push_back({info, info->algorithm, out});
+    return out;
+}
+
+std::vector<std::string> Recorder::names() const {
+    std::vector<std::string> out;
+    for (const auto& s : seen) out.push_back(s.info->name);
+    return out;
 }
 
 }  // namespace ziptest

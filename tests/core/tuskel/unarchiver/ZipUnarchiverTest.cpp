@@ -1,0 +1,445 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/TestFiles.h"
+#include "support/TestStreams.h"
+#include "unarchiver/ZipConstants.h"
+#include "unarchiver/ZipUnarchiver.h"
+#include "utils/IOUtils.h"
+#include "ZipRecorder.h"
+#include "ZipTestSupport.h"
+
+using namespace QRN_SPACE;
+using tuskel_test::ChunkedInputStream;
+using tuskel_test::readFile;
+using tuskel_test::shellQuote;
+using tuskel_test::StringBuffer;
+using ziptest::Recorder;
+
+namespace {
+
+typedef ArchiveConstants A;
+
+// Python's zipfile: to files and to a stream that cannot seek, and archives
+// with one entry that cannot be unpacked (bzip2, a 513-byte name) between
+// good ones.
+const char* const kPythonScript = R"PY(
+import io, zipfile
+class Unseekable(io.RawIOBase):
+    def __init__(self): self.data = bytearray()
+    def writable(self): return True
+    def write(self, b): self.data += b; return len(b)
+text = b"".join(b"line %d of a python entry\n" % i for i in range(3000))
+def fill(z, mode):
+    z.writestr("stored.txt", text[:5000], zipfile.ZIP_STORED)
+    z.writestr("deflated.txt", text, mode)
+    z.writestr("small.txt", b"tiny", mode)
+for name, mode in (("py_stored", zipfile.ZIP_STORED), ("py_deflated", zipfile.ZIP_DEFLATED)):
+    with zipfile.ZipFile(name + ".zip", "w", mode) as z: fill(z, mode)
+    out = Unseekable()
+    with zipfile.ZipFile(out, "w", mode) as z: fill(z, mode)
+    open(name + "_stream.zip", "wb").write(out.data)
+def broken(name, middle, mode):
+    with zipfile.ZipFile(name, "w", zipfile.ZIP_DEFLATED) as z:
+        z.writestr("a.txt", text[:3000])
+        z.writestr(middle, text[:2000], mode)
+        z.writestr("c.txt", text[:1000], zipfile.ZIP_STORED)
+        z.writestr("d.txt", text)
+broken("bzip2.zip", "b.txt", zipfile.ZIP_BZIP2)
+broken("longname.zip", "b" * 513, zipfile.ZIP_DEFLATED)
+broken("good.zip", "b.txt", zipfile.ZIP_DEFLATED)
+)PY";
+
+class ZipArchives : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        dir = new tuskel_test::TempDir();
+        ziptest::makeTree(dir->path());
+        std::string d = shellQuote(dir->path());
+        ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q -r ../zip.zip . && zip -q -r -0 ../zip0.zip ."
+                                          " && zip -q -r - . | cat > ../pipe.zip"),
+                  0);
+        ziptest::python(dir->path(), kPythonScript);
+        // An encrypted entry between good ones, by Info-ZIP itself.
+        ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q ../enc.zip hello.txt"
+                                          " && zip -q -P pw ../enc.zip random.bin"
+                                          " && zip -q ../enc.zip sub/text.txt sub/deeper/one.bin"),
+                  0);
+    }
+    static void TearDownTestSuite() { delete dir; }
+    static std::string path(const std::string& name) { return dir->file(name); }
+    static tuskel_test::TempDir* dir;
+};
+tuskel_test::TempDir* ZipArchives::dir = nullptr;
+
+enum Form { kOverStream, kOverBuffer };
+
+// Runs an unarchiver over `data`, as a stream handing out at most `chunk`
+// bytes per read, or as a buffer.
+void unpack(const std::string& data, Recorder& recorder, Form form, int chunk = 1 << 30) {
+    if (form == kOverStream) {
+        ChunkedInputStream in(data, chunk);
+        ZipUnarchiver(&in, recorder, nullptr).start();
+    } else {
+        StringBuffer buffer(data);
+        ZipUnarchiver(&buffer, recorder, nullptr).start();
+    }
+}
+
+const ZipInfo& zipInfoOf(const Recorder::Seen& seen) { return static_cast<ZipEntryInfo&>(*seen.info).zipInfo(); }
+
+// Patches a 16-bit field of the local header at `offset`.
+std::string patched(std::string data, size_t offset, int field, int value) {
+    IOUtils::writeUShort(&data[offset + static_cast<size_t>(field)], static_cast<unsigned>(value));
+    return data;
+}
+
+// Every entry handed out equals what unzip -p writes; descriptor sizes and
+// CRCs reach the entry; the final entry carries the whole directory.
+void expectLikeUnzip(const std::string& archive, const Recorder& r) {
+    auto listed = ziptest::listEntries(archive);
+    ASSERT_EQ(r.seen.size(), listed.size() + 1);
+    for (size_t i = 0; i < listed.size(); ++i) {
+        const auto& s = r.seen[i];
+        const auto& e = listed[i];
+        SCOPED_TRACE(e.name);
+        EXPECT_EQ(s.info->name, e.name);
+        EXPECT_EQ(s.info->order, static_cast<int>(i));
+        EXPECT_EQ(s.info->crc, e.crc);
+        EXPECT_EQ(static_cast<unsigned>(s.info->size), e.compressedSize);
+        EXPECT_EQ(static_cast<unsigned>(s.info->usize), e.size);
+        if (e.name.back() == '/' || e.size == 0) {
+            EXPECT_EQ(s.info->algorithm, A::ALGORITHM_STORED);
+            EXPECT_TRUE(s.out->writes.empty());  // a stream answered for an empty entry is not written to
+        } else {
+            EXPECT_EQ(s.out->data, ziptest::unzipEntry(archive, e.name));
+        }
+    }
+    const auto& final = r.seen.back();
+    EXPECT_EQ(final.info->name, "");
+    EXPECT_EQ(final.info->algorithm, A::ALGORITHM_STORED);
+    EXPECT_EQ(final.info->size, 0);
+    const ZipInfo& dir = zipInfoOf(final);
+    EXPECT_TRUE(dir.centralDirRead);
+    EXPECT_EQ(dir.localEntries, static_cast<int>(listed.size()));
+    EXPECT_EQ(dir.centralEntries, static_cast<int>(listed.size()));
+    ASSERT_EQ(dir.centralDirs.size(), listed.size());
+    for (size_t i = 0; i < listed.size(); ++i) EXPECT_EQ(dir.centralDirs[i]->name, listed[i].name);
+    EXPECT_EQ(dir.endCentralDir.totalEntries, static_cast<int>(listed.size()));
+}
+
+}  // namespace
+
+TEST_F(ZipArchives, ArchivesOfRealToolsUnpackLikeUnzip) {
+    // pipe.zip and *_stream.zip carry data descriptors after deflated data.
+    for (const char* name : {"zip.zip", "zip0.zip", "pipe.zip", "py_stored.zip", "py_deflated.zip",
+                             "py_deflated_stream.zip"}) {
+        std::string data = readFile(path(name));
+        for (int chunk : {1, 7, 33791, 1 << 30}) {
+            for (Form form : {kOverStream, kOverBuffer}) {
+                SCOPED_TRACE(std::string(name) + " chunk " + std::to_string(chunk) + " form " + std::to_string(form));
+                Recorder r;
+                unpack(data, r, form, chunk);
+                expectLikeUnzip(path(name), r);
+                EXPECT_TRUE(r.contained.empty());
+            }
+        }
+    }
+}
+
+TEST_F(ZipArchives, StoredEntriesBehindDescriptorsCannotBePassedOver) {
+    // Python writes a stored entry to an unseekable stream with its sizes
+    // only after the data: nothing tells where the data ends, so the walk
+    // loses its way after the first entry and ends with the final entry.
+    std::string data = readFile(path("py_stored_stream.zip"));
+    Recorder r;
+    unpack(data, r, kOverStream);
+    ASSERT_EQ(r.names(), (std::vector<std::string>{"stored.txt", ""}));
+    EXPECT_EQ(r.seen[0].out->data, "");
+}
+
+TEST_F(ZipArchives, BeginAndEndAroundEveryEntryAndTheFinalOne) {
+    Recorder r;
+    unpack(readFile(path("good.zip")), r, kOverStream);
+    EXPECT_EQ(r.calls, (std::vector<std::string>{"begin", "entry a.txt", "end", "begin", "entry b.txt", "end", "begin",
+                                                 "entry c.txt", "end", "begin", "entry d.txt", "end", "begin",
+                                                 "entry ", "end"}));
+}
+
+TEST_F(ZipArchives, ActionCodes) {
+    std::string archive = path("good.zip");
+    std::string data = readFile(archive);
+    auto listed = ziptest::listEntries(archive);
+    auto raw = [&](size_t i) {
+        const auto& e = listed[i];
+        return data.substr(e.headerOffset + 30 + e.name.size() + e.extra.size(), e.compressedSize);
+    };
+    auto plain = [&](size_t i) { return ziptest::unzipEntry(archive, listed[i].name); };
+    struct Case {
+        int action;
+        std::function<std::string(size_t)> expected;  // bytes written for entry i
+    } cases[] = {
+        {A::ACTION_DECOMPRESS, plain},
+        {A::ACTION_COPY, raw},
+        {A::ACTION_SKIP, [](size_t) { return std::string(); }},
+        {7, [](size_t) { return std::string(); }},  // unknown codes skip
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.action);
+        Recorder r;
+        r.decide = [&](ArchiveEntryInfo&) { return c.action; };
+        unpack(data, r, kOverStream, 7);
+        ASSERT_EQ(r.names(), (std::vector<std::string>{"a.txt", "b.txt", "c.txt", "d.txt", ""}));
+        for (size_t i = 0; i < 4; ++i) EXPECT_EQ(r.seen[i].out->data, c.expected(i)) << i;
+        EXPECT_EQ(zipInfoOf(r.seen.back()).centralEntries, 4);
+    }
+
+    // Intended: the action is not reset between entries. Answering "copy"
+    // once and leaving it alone afterwards copies every entry raw.
+    Recorder r;
+    r.decide = [](ArchiveEntryInfo& info) { return info.order == 0 ? A::ACTION_COPY : Recorder::kLeaveAlone; };
+    unpack(data, r, kOverStream);
+    EXPECT_EQ(r.seen[1].out->data, raw(1));
+}
+
+TEST_F(ZipArchives, AbortAndUnsupportedEntriesAreContained) {
+    // Four entries a, b, c, d; b fails. `archive` is the file the tools
+    // describe (a patched copy differs only in b's method).
+    std::string good = readFile(path("good.zip"));
+    size_t b = ziptest::listEntries(path("good.zip"))[1].headerOffset;
+    auto rewrite = [](int algorithm) {
+        return [algorithm](ArchiveEntryInfo& i) {
+            if (i.order == 1) i.algorithm = algorithm;
+            return A::ACTION_DECOMPRESS;
+        };
+    };
+    struct Case {
+        std::string what;
+        std::string archive;
+        std::string data;
+        std::function<int(ArchiveEntryInfo&)> decide;
+        std::string message;
+        bool offered;  // is b offered before it fails?
+    } cases[] = {
+        {"abort", "good.zip", good,
+         [](ArchiveEntryInfo& i) { return i.order == 1 ? A::ACTION_ABORT : A::ACTION_DECOMPRESS; },
+         "Archiving aborted", true},
+        {"bzip2", "bzip2.zip", readFile(path("bzip2.zip")), nullptr, "Unknown algorithm: 12in zip", true},
+        {"method 1", "good.zip", patched(good, b, ZipConstants::LOCHOW, ZipConstants::SHRINK), nullptr,
+         "Unknown algorithm: 1in zip", true},
+        {"method 6", "good.zip", patched(good, b, ZipConstants::LOCHOW, ZipConstants::IMPLODED), nullptr,
+         "Unknown algorithm: 6in zip", true},
+        {"rewritten to shrink", "good.zip", good, rewrite(A::ALGORITHM_SHRINK), "SHRINK algorithm unimplemented", true},
+        {"rewritten to implode", "good.zip", good, rewrite(A::ALGORITHM_IMPLODE), "IMPLODE algorithm unimplemented",
+         true},
+        {"rewritten to 9", "good.zip", good, rewrite(9), "Unknown algorithm: 8in zip", true},
+        {"encrypted", "enc.zip", readFile(path("enc.zip")), nullptr, "encrypted ZIP entry", false},
+        {"513-byte name", "longname.zip", readFile(path("longname.zip")), nullptr, "bad entry name", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        auto listed = ziptest::listEntries(path(c.archive));
+        ASSERT_EQ(listed.size(), 4u);
+        std::vector<std::string> upToB = {listed[0].name};
+        if (c.offered) upToB.push_back(listed[1].name);
+
+        // Over a stream the walk ends quietly behind the failed entry.
+        Recorder overStream;
+        if (c.decide) overStream.decide = c.decide;
+        unpack(c.data, overStream, kOverStream, 7);
+        EXPECT_EQ(overStream.contained, std::vector<std::string>{c.message});
+        std::vector<std::string> expected = upToB;
+        expected.push_back("");
+        EXPECT_EQ(overStream.names(), expected);
+
+        // Over a buffer the entries behind it are found through the
+        // directory and offered by a second walk, which ends with its own
+        // final entry; then the first walk ends too.
+        Recorder overBuffer;
+        if (c.decide) overBuffer.decide = c.decide;
+        unpack(c.data, overBuffer, kOverBuffer);
+        EXPECT_EQ(overBuffer.contained, std::vector<std::string>{c.message});
+        expected = upToB;
+        expected.insert(expected.end(), {listed[2].name, listed[3].name, "", ""});
+        ASSERT_EQ(overBuffer.names(), expected);
+        size_t c_ = upToB.size();
+        EXPECT_EQ(overBuffer.seen[c_].out->data, ziptest::unzipEntry(path(c.archive), listed[2].name));
+        EXPECT_EQ(overBuffer.seen[c_ + 1].out->data, ziptest::unzipEntry(path(c.archive), listed[3].name));
+        EXPECT_EQ(overBuffer.seen[c_].info->order, 2);
+        EXPECT_EQ(zipInfoOf(overBuffer.seen[c_ + 2]).centralEntries, 4);
+    }
+}
+
+TEST_F(ZipArchives, RestartIsNotReenteredAndRunsOncePerWalk) {
+    std::string d = shellQuote(dir->path());
+    // a, b (bzip2), c, d (bzip2), e: the second walk meets d and cannot
+    // restart again (it reads a stream), so it ends there.
+    ziptest::python(dir->path(), R"(
+import zipfile
+with zipfile.ZipFile("two-broken.zip", "w", zipfile.ZIP_DEFLATED) as z:
+    for name, mode in (("a", 8), ("b", 12), ("c", 8), ("d", 12), ("e", 8)):
+        z.writestr(name, name.encode() * 3000, mode)
+)");
+    Recorder twice;
+    unpack(readFile(path("two-broken.zip")), twice, kOverBuffer);
+    EXPECT_EQ(twice.names(), (std::vector<std::string>{"a", "b", "c", "d", "", ""}));
+    EXPECT_EQ(twice.contained.size(), 2u);
+
+    // Aborting every entry of an archive of empty files: each abort leaves
+    // the walk on the next header, so the first walk meets every entry.
+    // The restart after the first abort offers the rest once; later aborts
+    // do not walk the rest again, which would offer n * n / 2 entries.
+    const int n = 300;
+    ASSERT_EQ(tuskel_test::runCommand("mkdir -p " + d + "/empties && cd " + d +
+                                      "/empties && for i in $(seq 1 " + std::to_string(n) +
+                                      "); do : > f$i; done && zip -q ../empties.zip f*"),
+              0);
+    Recorder aborting;
+    aborting.decide = [](ArchiveEntryInfo&) { return A::ACTION_ABORT; };
+    unpack(readFile(path("empties.zip")), aborting, kOverBuffer);
+    EXPECT_EQ(aborting.seen.size(), static_cast<size_t>(2 * n + 1));  // n, n - 1 again, two final entries
+    EXPECT_EQ(aborting.names().back(), "");
+}
+
+TEST_F(ZipArchives, WhateverTheDirectoryClaimsTheWalkEnds) {
+    std::string data = readFile(path("bzip2.zip"));
+    StringBuffer probe(data);
+    size_t end = static_cast<size_t>(ZipEndCentralDir::findPos(probe));
+    size_t dirStart = data.find("PK\x01\x02");
+    size_t recordC = dirStart;  // the third central record
+    for (int i = 0; i < 2; ++i) recordC = data.find("PK\x01\x02", recordC + 1);
+    auto offsetOfC = [&](unsigned value) {
+        std::string s = data;
+        IOUtils::writeUInt(&s[recordC + ZipConstants::CENOFF], value);
+        return s;
+    };
+    auto withTotal = [](std::string s, size_t endAt, int total) {
+        IOUtils::writeUShort(&s[endAt + ZipConstants::ENDTOT], static_cast<unsigned>(total));
+        return s;
+    };
+    unsigned bAt = ziptest::listEntries(path("bzip2.zip"))[1].headerOffset;
+    // The directory and end record once more behind the archive, claiming
+    // 65,535 entries: without a rule every round would find c again.
+    std::string repeated = data + data.substr(dirStart);
+    repeated = withTotal(repeated, repeated.size() - (data.size() - end), 65535);
+    std::string pointingAtEnd = data;
+    IOUtils::writeUInt(&pointingAtEnd[end + ZipConstants::ENDOFF], static_cast<long>(end));
+    struct Case {
+        std::string what;
+        std::string data;
+        std::vector<std::string> offered;
+    } cases[] = {
+        {"c's offset points at b, the failed entry", offsetOfC(bAt), {"a.txt", "b.txt", "b.txt", "", ""}},
+        {"c's offset points back at a", offsetOfC(0), {"a.txt", "b.txt", "a.txt", "b.txt", "", ""}},
+        {"65,535 entries and the directory repeated", repeated, {"a.txt", "b.txt", "c.txt", "d.txt", "", ""}},
+        {"65,535 entries", withTotal(data, end, 65535), {"a.txt", "b.txt", "c.txt", "d.txt", "", ""}},
+        {"directory offset at the end record", pointingAtEnd, {"a.txt", "b.txt", ""}},
+        {"end record cut short", data.substr(0, end + 10), {"a.txt", "b.txt", ""}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Recorder r;
+        unpack(c.data, r, kOverBuffer);
+        EXPECT_EQ(r.names(), c.offered);
+    }
+
+    // No end record at all: the restart itself fails and says so.
+    Recorder r;
+    try {
+        unpack(data.substr(0, dirStart), r, kOverBuffer);
+        ADD_FAILURE() << "no exception";
+    } catch (ArchivingException& e) {
+        EXPECT_EQ(e.getMessage(), "failed to restart zip unarchiving");
+    }
+}
+
+TEST_F(ZipArchives, CheckFormatReadsOneLocalHeaderAndRestoresThePosition) {
+    std::string d = shellQuote(dir->path());
+    ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q -P pw ../enc-first.zip hello.txt"
+                                      " && gzip -c hello.txt > ../hello.gz"),
+              0);
+    ziptest::python(dir->path(), R"(
+import zipfile
+with zipfile.ZipFile("long-first.zip", "w") as z: z.writestr("n" * 513, b"x")
+zipfile.ZipFile("empty.zip", "w").close()
+)");
+    std::string zip = readFile(path("zip.zip"));
+    struct Case {
+        std::string what;
+        std::string data;
+        std::string outcome;
+        size_t position;
+    } cases[] = {
+        {"zip", zip, "true", 0},
+        {"zip written to a pipe", readFile(path("pipe.zip")), "true", 0},
+        {"gzip", readFile(path("hello.gz")), "false", 0},
+        {"empty archive", readFile(path("empty.zip")), "false", 0},
+        {"29 bytes", zip.substr(0, 29), "false", 0},
+        {"self-extractor stub", "MZ" + std::string(200, '\0') + zip, "false", 0},
+        {"encrypted first entry", readFile(path("enc-first.zip")), "encrypted ZIP entry", 30},
+        {"513-byte first name", readFile(path("long-first.zip")), "bad entry name", 30},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ChunkedInputStream in(c.data, 1);
+        std::string outcome;
+        try {
+            outcome = ZipUnarchiver::checkFormat(in) ? "true" : "false";
+        } catch (ArchivingException& e) {
+            outcome = e.getMessage();
+        }
+        EXPECT_EQ(outcome, c.outcome);
+        EXPECT_EQ(in.position(), c.position);
+    }
+}
+
+TEST_F(ZipArchives, ArchiveProcessorTellsWhetherSizesCameFirst) {
+    ZipArchiveProcessor sizes;
+    for (const char* name : {"zip.zip", "pipe.zip", "py_deflated_stream.zip"}) {
+        SCOPED_TRACE(name);
+        Recorder r;
+        unpack(readFile(path(name)), r, kOverStream);
+        auto listed = ziptest::listEntries(path(name));
+        for (size_t i = 0; i < listed.size(); ++i) {
+            EXPECT_EQ(sizes.process(r.seen[i].info), (listed[i].flags & ZipConstants::FLAG_DATA_DESCRIPTOR) == 0);
+        }
+    }
+    ArchiveEntryInfo notZip;
+    EXPECT_FALSE(sizes.process(&notZip));
+    EXPECT_FALSE(sizes.process(nullptr));
+}
+
+TEST_F(ZipArchives, ProcessorsMayDeleteEntriesAtOnce) {
+    // Deletes every entry inside processEntry, as the default processor
+    // does, yet asks for the data: the descriptors must still be passed.
+    struct Forgetful : ArchiveEntryProcessor {
+        std::vector<std::unique_ptr<tuskel_test::CollectingOutputStream>> outs;
+        std::vector<std::string> names;
+        OutputStream* processEntry(ArchiveEntryInfo* info, int& action) override {
+            names.push_back(info->name);
+            delete info;
+            action = A::ACTION_DECOMPRESS;
+            outs.emplace_back(new tuskel_test::CollectingOutputStream());
+            return outs.back().get();
+        }
+    };
+    std::string archive = path("pipe.zip");
+    auto listed = ziptest::listEntries(archive);
+    Forgetful forgetful;
+    ChunkedInputStream in(readFile(archive), 7);
+    ZipUnarchiver(&in, forgetful, nullptr).start();
+    ASSERT_EQ(forgetful.names.size(), listed.size() + 1);
+    for (size_t i = 0; i < listed.size(); ++i) {
+        if (listed[i].name.back() != '/') EXPECT_EQ(forgetful.outs[i]->data, ziptest::unzipEntry(archive, listed[i].name));
+    }
+
+    // The default processor deletes and skips; over descriptors it cannot
+    // pass anything, and the walk still ends.
+    ArchiveEntryProcessor defaults;
+    ChunkedInputStream again(readFile(archive));
+    ZipUnarchiver(&again, defaults, nullptr).start();
+}
