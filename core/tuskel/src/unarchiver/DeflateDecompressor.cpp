@@ -12,13 +12,13 @@ namespace QRN_SPACE {
 namespace {
 
 const char* const kSource = "../../core/tuskel/src/unarchiver/DeflateDecompressor";
-const int kLineNoMark = 58;
-const int kLineInitMemory = 66;
-const int kLineInitError = 68;
-const int kLineNeedDictionary = 131;
-const int kLineMemory = 134;
-const int kLineError = 136;
-const int kLineEnd = 149;
+const int kLineNoMark = 80;
+const int kLineInitMemory = 42;
+const int kLineInitError = 43;
+const int kLineNeedDictionary = 132;
+const int kLineMemory = 133;
+const int kLineError = 135;
+const int kLineEnd = 142;
 
 const int kAlgorithmDeflate = ArchiveConstants::ALGORITHM_DEFLATE;
 // What a processor's getAction() answers to have the rest of an entry

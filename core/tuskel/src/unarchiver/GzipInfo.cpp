@@ -10,7 +10,7 @@ namespace QRN_SPACE {
 namespace {
 
 const char* const kSource = "../../core/tuskel/src/unarchiver/GzipInfo";
-const int kLineExtraMemory = 52;
+const int kLineExtraMemory = 68;
 
 typedef GzipConstants G;
 

@@ -14,10 +14,10 @@ namespace QRN_SPACE {
 namespace {
 
 const char* const kSource = "../../core/tuskel/src/unarchiver/GzipUnarchiver";
-const int kLineStreamMemory = 27;
-const int kLineEntryMemory = 61;
-const int kLineNotGzip = 64;
-const int kLineAborted = 88;
+const int kLineStreamMemory = 36;
+const int kLineEntryMemory = 56;
+const int kLineNotGzip = 59;
+const int kLineAborted = 84;
 
 const int kCopyBlock = 1024;
 const int kTrailer = GzipConstants::TRAILER_SIZE;

@@ -169,27 +169,34 @@ TEST_F(GzipFiles, ActsOnEveryActionCode) {
         {&deflated, -1, true, "", "be"},
     };
     for (int chunk : {5, 1 << 30}) {  // short reads move the copy's trailer window
-    for (const Case& c : cases) {
-        SCOPED_TRACE("action " + std::to_string(c.action) + (c.file == &stored ? " stored" : " deflated"));
-        ChunkedInputStream in(*c.file, chunk);
-        Recorder recorder(c.action, c.giveStream);
-        GzipUnarchiver unarchiver(&in, recorder, nullptr);
-        if (c.action == -1) {
-            EXPECT_EQ(failure<ArchivingException>([&] { unarchiver.start(); }), "Archiving aborted");
-        } else {
-            unarchiver.start();
-        }
-        EXPECT_EQ(recorder.events, c.events);
-        EXPECT_TRUE(recorder.out.data == c.written);
-        if (c.action == 0 || c.action == 7) {
-            EXPECT_EQ(in.position(), c.file->size());
-        }
-        if (c.action == 1 || (c.action == 2 && c.giveStream)) {
-            EXPECT_EQ(recorder.header().crc32, crcOf(data));
-            EXPECT_EQ(recorder.header().isize, data.size());
+        for (const Case& c : cases) {
+            SCOPED_TRACE("action " + std::to_string(c.action) + (c.file == &stored ? " stored" : " deflated"));
+            ChunkedInputStream in(*c.file, chunk);
+            Recorder recorder(c.action, c.giveStream);
+            GzipUnarchiver unarchiver(&in, recorder, nullptr);
+            if (c.action == -1) {
+                EXPECT_EQ(failure<ArchivingException>([&] { unarchiver.start(); }), "Archiving aborted");
+            } else {
+                unarchiver.start();
+            }
+            EXPECT_EQ(recorder.events, c.events);
+            EXPECT_TRUE(recorder.out.data == c.written);
+            if (c.action == 0 || c.action == 7) {
+                EXPECT_EQ(in.position(), c.file->size());
+            }
+            if (c.action == 1 || (c.action == 2 && c.giveStream)) {
+                EXPECT_EQ(recorder.header().crc32, crcOf(data));
+                EXPECT_EQ(recorder.header().isize, data.size());
+            }
         }
     }
-    }
+    std::string badCrc = deflated;
+    badCrc[badCrc.size() - 8] ^= 0x55;  // not verified, only recorded
+    ChunkedInputStream in(badCrc);
+    Recorder checked(ArchiveConstants::ACTION_DECOMPRESS);
+    GzipUnarchiver(&in, checked, nullptr).start();
+    EXPECT_EQ(checked.header().crc32, crcOf(data) ^ 0x55);
+
     tuskel_test::StringBuffer buffer(deflated);
     Recorder recorder(ArchiveConstants::ACTION_DECOMPRESS);
     GzipUnarchiver(&buffer, recorder, nullptr).start();
@@ -232,6 +239,11 @@ TEST(GzipHeader, FailuresInsideTheMember) {
     EXPECT_EQ(failure<CompressionException>([&] { GzipUnarchiver(&corrupt, recorder, nullptr).start(); }),
               "inflate: error -3: invalid block type");
     EXPECT_EQ(recorder.entries.size(), 1u);
+
+    // A short extra field passes unnoticed; the missing body is what fails.
+    ChunkedInputStream shortExtra(bytes({0x1F, 0x8B, 8, GzipConstants::FEXTRA, 0, 0, 0, 0, 0, 3, 100, 0}) + "abc");
+    EXPECT_EQ(failure<CompressionException>([&] { GzipUnarchiver(&shortExtra, recorder, nullptr).start(); }),
+              "inflate: error -5: ");
 }
 
 TEST(GzipHeader, CheckGzipLooksAtTheMagicOnly) {
