@@ -18,9 +18,9 @@ std::string lowered(const char* s) {
 }
 
 template <class T>
-std::string format(const char* spec, T value) {
+std::string format(const char* layout, T value) {
     char buf[64];
-    std::snprintf(buf, sizeof buf, spec, value);
+    std::snprintf(buf, sizeof buf, layout, value);
     return buf;
 }
 

@@ -38,12 +38,12 @@ int digitValue(char c, int base) {
     }
 }
 
-std::string localStamp(const char* spec) {
+std::string localStamp(const char* layout) {
     time_t now = time(nullptr);
     struct tm parts;
     localtime_r(&now, &parts);
     char buf[32];
-    size_t n = strftime(buf, sizeof buf, spec, &parts);
+    size_t n = strftime(buf, sizeof buf, layout, &parts);
     return std::string(buf, n);
 }
 
