@@ -14,9 +14,10 @@ using tuskel_test::CollectingOutputStream;
 namespace {
 
 // Compresses with zlib's own deflate: raw (windowBits -15) or zlib-wrapped.
-std::string deflateWith(const std::string& data, int windowBits, const std::string& dictionary = "") {
+std::string deflateWith(const std::string& data, int windowBits, const std::string& dictionary = "",
+                        int strategy = Z_DEFAULT_STRATEGY) {
     z_stream z{};
-    EXPECT_EQ(deflateInit2(&z, 6, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    EXPECT_EQ(deflateInit2(&z, 6, Z_DEFLATED, windowBits, 8, strategy), Z_OK);
     if (!dictionary.empty()) {
         deflateSetDictionary(&z, reinterpret_cast<const Bytef*>(dictionary.data()), static_cast<uInt>(dictionary.size()));
     }
@@ -82,6 +83,22 @@ TEST(DeflateDecompressor, StopsExactlyAfterTheDataAndWritesWholeBlocks) {
                 for (int request : in.requests()) EXPECT_EQ(request, 33792);
             }
         }
+    }
+}
+
+// When the last output block fills just before the final symbols, zlib may
+// already hold the rest of the input in its bit buffer: it then finishes
+// after a read that returned nothing, and nothing is to be given back.
+TEST(DeflateDecompressor, FinishesAfterAnEmptyReadAtTheEndOfInput) {
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        std::string letters = tuskel_test::patternBytes(51201, seed);
+        for (char& c : letters) c = static_cast<char>('a' + static_cast<unsigned char>(c) % 10);
+        std::string packed = deflateWith(letters, -15, "", Z_FIXED);
+        ChunkedInputStream in(packed);
+        CollectingOutputStream out;
+        DeflateDecompressor(true, nullptr).decompress(in, 0, out);
+        EXPECT_EQ(in.position(), packed.size()) << seed;
+        EXPECT_EQ(out.data, letters);
     }
 }
 
