@@ -8,8 +8,9 @@ namespace QRN_SPACE {
 
 namespace {
 
+// Where the exceptions thrown here say they come from.
 const char* const kSource = "../../core/tuskel/src/unarchiver/ZipCentralDir";
-const int kLineEmptyName = 37;
+const int kLineEmptyName = 38;
 
 typedef ZipConstants Z;
 

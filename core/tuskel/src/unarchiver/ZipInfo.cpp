@@ -10,10 +10,11 @@ namespace QRN_SPACE {
 
 namespace {
 
+// Where the exceptions thrown here say they come from.
 const char* const kSource = "../../core/tuskel/src/unarchiver/ZipInfo";
-const int kLineEncrypted = 33;
-const int kLineBadName = 42;
-const int kLineNoMemory = 53;
+const int kLineEncrypted = 34;
+const int kLineBadName = 43;
+const int kLineNoMemory = 54;
 const int kSignatureSize = 4;
 
 typedef ZipConstants Z;

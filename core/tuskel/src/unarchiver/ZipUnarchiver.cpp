@@ -12,14 +12,16 @@ namespace QRN_SPACE {
 
 namespace {
 
+// Where the exceptions thrown here say they come from.
 const char* const kSource = "../../core/tuskel/src/unarchiver/ZipUnarchiver";
-const int kLineStreamMemory = 98;
-const int kLineEntryMemory = 112;
-const int kLineAborted = 189;
-const int kLineShrink = 218;
-const int kLineImplode = 220;
-const int kLineUnknown = 223;
-const int kLineNoEndRecord = 264;
+const int kLineStreamMemory = 88;
+const int kLineEntryMemory = 105;
+const int kLineAborted = 166;
+const int kLineShrink = 207;
+const int kLineImplode = 209;
+const int kLineUnknown = 212;
+const int kLineRestartMemory = 260;
+const int kLineNoEndRecord = 263;
 
 // What checkFormat marks: a local header and then some.
 const int kFormatCheckLimit = 128;
@@ -255,7 +257,7 @@ void ZipUnarchiver::restart() {
     if (_buffer == nullptr || _restarted) return;
     _restarted = true;
     std::unique_ptr<BufferBaseInputStream> in(new (std::nothrow) BufferBaseInputStream(_buffer));
-    if (!in) throwAt<OutOfMemoryException>("Out of memory", {kSource, kLineStreamMemory});
+    if (!in) throwAt<OutOfMemoryException>("Out of memory", {kSource, kLineRestartMemory});
     in->mark(static_cast<int>(_buffer->getSize()));
     long pos = ZipEndCentralDir::findPos(*_buffer);
     if (pos == 0) throwAt<ArchivingException>("failed to restart zip unarchiving", {kSource, kLineNoEndRecord});
