@@ -16,15 +16,6 @@ public:
 
     ZipInfo& zipInfo();
     const ZipInfo& zipInfo() const;
-
-    // The unarchiver still records the data descriptor into an entry it has
-    // handed over; it passes a flag that this entry clears when it is
-    // deleted, so a processor that deletes the entry early is safe. Null
-    // detaches.
-    void setAliveFlag(bool* alive);
-
-private:
-    bool* _alive = nullptr;  // not owned
 };
 
 // Tells whether an entry's sizes and CRC were known from its local header

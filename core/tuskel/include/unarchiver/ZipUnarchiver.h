@@ -33,9 +33,10 @@ namespace QRN_SPACE {
 //   entry included. Over a plain stream restart() does nothing, so a
 //   failed entry ends the walk quietly through the central directory.
 //
-// The entry processor owns every entry handed to processEntry and the
-// stream it answers; the unarchiver flushes and closes that stream, never
-// deletes it.
+// The entry processor owns every entry handed to processEntry and keeps it
+// alive until endUnarchiving() (the data descriptor is recorded into it
+// after the data), and owns the stream it answers, which the unarchiver
+// flushes and closes but never deletes.
 class TUSKEL_API ZipUnarchiver : public Unarchiver {
 public:
     // Reads `in`, which it does not own. The processors are not owned; the

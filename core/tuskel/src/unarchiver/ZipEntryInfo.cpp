@@ -4,15 +4,11 @@ namespace QRN_SPACE {
 
 ZipEntryInfo::ZipEntryInfo(ZipInfo* zipInfo) { info = zipInfo; }
 
-ZipEntryInfo::~ZipEntryInfo() {
-    if (_alive != nullptr) *_alive = false;
-}
+ZipEntryInfo::~ZipEntryInfo() = default;
 
 ZipInfo& ZipEntryInfo::zipInfo() { return *static_cast<ZipInfo*>(info); }
 
 const ZipInfo& ZipEntryInfo::zipInfo() const { return *static_cast<const ZipInfo*>(info); }
-
-void ZipEntryInfo::setAliveFlag(bool* alive) { _alive = alive; }
 
 ZipArchiveProcessor::~ZipArchiveProcessor() = default;
 

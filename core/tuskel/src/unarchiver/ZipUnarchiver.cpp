@@ -14,14 +14,14 @@ namespace {
 
 // Where the exceptions thrown here say they come from.
 const char* const kSource = "../../core/tuskel/src/unarchiver/ZipUnarchiver";
-const int kLineStreamMemory = 88;
-const int kLineEntryMemory = 105;
-const int kLineAborted = 166;
-const int kLineShrink = 207;
-const int kLineImplode = 209;
-const int kLineUnknown = 212;
-const int kLineRestartMemory = 260;
-const int kLineNoEndRecord = 263;
+const int kLineStreamMemory = 65;
+const int kLineEntryMemory = 82;
+const int kLineAborted = 143;
+const int kLineShrink = 183;
+const int kLineImplode = 185;
+const int kLineUnknown = 188;
+const int kLineRestartMemory = 236;
+const int kLineNoEndRecord = 239;
 
 // What checkFormat marks: a local header and then some.
 const int kFormatCheckLimit = 128;
@@ -37,38 +37,15 @@ int algorithmOf(int method) {
     return A::ALGORITHM_UNKNOWN;
 }
 
-// An entry handed to the processor, which owns it from then on and may
-// delete it at once (the default processor does). The data descriptor is
-// still recorded into it after the data, but only while it lives.
-class HandedOver {
-public:
-    explicit HandedOver(ZipEntryInfo* entry) : _entry(entry) { entry->setAliveFlag(&_alive); }
-    ~HandedOver() {
-        if (_alive) _entry->setAliveFlag(nullptr);
-    }
-    HandedOver(const HandedOver&) = delete;
-    HandedOver& operator=(const HandedOver&) = delete;
-
-    // The entry, or null once the processor has deleted it.
-    ZipEntryInfo* get() const { return _alive ? _entry : nullptr; }
-
-private:
-    ZipEntryInfo* _entry;
-    bool _alive = true;
-};
-
 // After an entry's data: the descriptor, when flag bit 3 announced one, and
 // its sizes and CRC into the entry.
-void readDescriptor(InputStream& in, const HandedOver& handed, int flags) {
-    ZipEntryInfo* entry = handed.get();
-    ZipInfo stand_in;  // reads the descriptor past when the entry is gone
-    stand_in.flags = flags;
-    ZipInfo& header = entry != nullptr ? entry->zipInfo() : stand_in;
+void readDescriptor(InputStream& in, ZipEntryInfo& entry) {
+    ZipInfo& header = entry.zipInfo();
     header.readDataDescriptor(in);
-    if (entry != nullptr && header.hasDataDescriptor()) {
-        entry->size = static_cast<int>(header.compressedSize);
-        entry->usize = static_cast<int>(header.uncompressedSize);
-        entry->crc = header.crc;
+    if (header.hasDataDescriptor()) {
+        entry.size = static_cast<int>(header.compressedSize);
+        entry.usize = static_cast<int>(header.uncompressedSize);
+        entry.crc = header.crc;
     }
 }
 
@@ -156,29 +133,28 @@ void ZipUnarchiver::_unpack(std::unique_ptr<ZipEntryInfo> entry, int& action) {
     // Sizes are used as the entry holds them, signed 32-bit: a size of 2 GiB
     // or more counts as empty here and skips nothing below.
     const int size = entry->size;
-    const int method = header.method;
-    const int flags = header.flags;
     const bool empty = size < 1 && !header.hasDataDescriptor();  // a directory, an empty file
-    if (!empty) entry->algorithm = algorithmOf(method);
+    if (!empty) entry->algorithm = algorithmOf(header.method);
 
-    HandedOver handed(entry.get());
+    // The processor owns the entry from here on and keeps it alive until
+    // endUnarchiving(): the descriptor is still recorded into it.
+    ZipEntryInfo& offered = *entry;
     OutputStream* out = _processor.processEntry(entry.release(), action);
     if (action == A::ACTION_ABORT) throwAt<ArchivingException>("Archiving aborted", {kSource, kLineAborted});
     if (empty) {
         // Nothing is written to a stream answered for an empty entry.
-        readDescriptor(*_in, handed, flags);
-        if (handed.get() != nullptr) handed.get()->algorithm = A::ALGORITHM_STORED;
+        readDescriptor(*_in, offered);
+        offered.algorithm = A::ALGORITHM_STORED;
     } else {
         if (action == A::ACTION_COPY) {
             _copy(out, size);
         } else if (action == A::ACTION_DECOMPRESS) {
             // The algorithm as it stands after processEntry, which may rewrite it.
-            int algorithm = handed.get() != nullptr ? handed.get()->algorithm : algorithmOf(method);
-            _decode(algorithm, method, out, size);
+            _decode(offered.algorithm, offered.zipInfo().method, out, size);
         } else {  // skip, and any code the unarchivers do not know
             _in->skip(size);
         }
-        readDescriptor(*_in, handed, flags);
+        readDescriptor(*_in, offered);
         if (out != nullptr) {
             out->flush();
             out->close();
