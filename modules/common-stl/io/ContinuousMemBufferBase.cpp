@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace QRN_SPACE {
@@ -53,6 +54,11 @@ ContinuousMemBufferBase::Block ContinuousMemBufferBase::_ensureCapacity(long nee
     _data.swap(grown);
     _capacity = capacity;
     return grown;  // the old block, freed by the caller after its copy
+}
+
+bool ContinuousMemBufferBase::_holds(const char* p) const {
+    std::less_equal<const char*> atMost;
+    return _data && atMost(_data.get(), p) && !atMost(_data.get() + _capacity, p);
 }
 
 void ContinuousMemBufferBase::_pad(long pos, long count) {
@@ -116,6 +122,16 @@ int ContinuousMemBufferBase::_insertLocked(long pos, const char* buf, int len) {
     if (pos < size) {
         old = _ensureCapacity(endOf(size, len));
         std::memmove(_data.get() + pos + len, _data.get() + pos, static_cast<size_t>(size - pos));
+        if (!old && _holds(buf)) {
+            // The source lies in this very block and was just shifted: its
+            // bytes from pos on now sit len further up.
+            const long from = buf - _data.get();
+            const long before = std::min<long>(len, std::max(0L, pos - from));
+            std::memcpy(_data.get() + pos, buf, static_cast<size_t>(before));
+            std::memcpy(_data.get() + pos + before, buf + before + len, static_cast<size_t>(len - before));
+            _size = size + len;
+            return len;
+        }
     } else {
         old = _ensureCapacity(endOf(pos, len));
         // Intended: the zero fill is anchored at pos, not at the old end, and

@@ -53,6 +53,7 @@ private:
     // caller, who keeps it alive until its copy is done: the source of a
     // write may lie inside this very buffer.
     Block _ensureCapacity(long need);
+    bool _holds(const char* p) const;  // p points into the block
     void _pad(long pos, long count);
     int _insertLocked(long pos, const char* buf, int len);
 
