@@ -55,9 +55,15 @@ TEST(MemoryBufferThreads, ConcurrentAppendsStayWholeWhileReadersLook) {
         std::unique_ptr<BufferBase> buffer = store.make();
         std::atomic<int> writersDone{0};
         std::atomic<int> torn{0};
+        std::atomic<int> started{0};  // everybody starts together
+        auto startTogether = [&] {
+            ++started;
+            while (started.load() < kWriters + 2) std::this_thread::yield();
+        };
         std::vector<std::thread> threads;
         for (int w = 0; w < kWriters; ++w) {
             threads.emplace_back([&, w] {
+                startTogether();
                 for (int i = 0; i < kEach; ++i) {
                     std::string r = record(w, i);
                     buffer->append(r.data(), kRecord);  // one atomic operation
@@ -69,6 +75,7 @@ TEST(MemoryBufferThreads, ConcurrentAppendsStayWholeWhileReadersLook) {
             threads.emplace_back([&, r] {
                 char rec[kRecord];
                 unsigned probe = static_cast<unsigned>(r) * 7919u;
+                startTogether();
                 while (writersDone.load() < kWriters) {
                     long records = buffer->getSize() / kRecord;
                     if (records == 0) continue;
