@@ -47,8 +47,10 @@ std::unique_ptr<MemBufferBase::Buffer> newBlock(long start, long capacity, bool 
 MemBufferBase::Buffer::Buffer(long start, int capacity, bool exact)
     : start(start), capacity(capacity), used(0), data(nullptr) {
     if (!exact && this->capacity < MIN_CAPACITY) this->capacity = MIN_CAPACITY;
-    if (this->capacity < 1) this->capacity = 1;  // calloc(0) may answer null
-    data = static_cast<char*>(std::calloc(static_cast<size_t>(this->capacity), 1));
+    if (this->capacity < 1) this->capacity = 1;  // malloc(0) may answer null
+    // Not zeroed: bytes past `used` are never read, and the gap of a write
+    // past the end is zeroed where it is made.
+    data = static_cast<char*>(std::malloc(static_cast<size_t>(this->capacity)));
     if (data == nullptr) throwSystemError(errno, kLineBlockData);
 }
 
@@ -92,9 +94,16 @@ MemBufferBase::~MemBufferBase() = default;
 int MemBufferBase::_findBlock(long pos) const {
     const int count = static_cast<int>(_blocks.size());
     if (count == 0) return -1;
-    // Appends and sequential writes land in the last block: try it first.
-    const Buffer& last = *_blocks.back();
-    if (last.start <= pos && pos - last.start < last.capacity) return count - 1;
+    // Sequential access lands in the block of the last lookup or the next
+    // one, appends in the last block: try those before searching. The hint
+    // is only a guess, checked before use, so a stale one costs nothing.
+    const int hint = _hint.load(std::memory_order_relaxed);
+    for (int guess : {hint, hint + 1, count - 1}) {
+        if (guess >= 0 && guess < count && _covers(guess, pos)) {
+            if (guess != hint) _hint.store(guess, std::memory_order_relaxed);
+            return guess;
+        }
+    }
     int lo = 0;
     int hi = count - 1;
     int mid = 0;
@@ -104,12 +113,18 @@ int MemBufferBase::_findBlock(long pos) const {
         if (pos < b.start) {
             hi = mid - 1;
         } else if (pos - b.start < b.capacity) {
+            _hint.store(mid, std::memory_order_relaxed);
             return mid;
         } else {
             lo = mid + 1;
         }
     }
     return mid;
+}
+
+bool MemBufferBase::_covers(int index, long pos) const {
+    const Buffer& b = *_blocks[static_cast<size_t>(index)];
+    return b.start <= pos && pos - b.start < b.capacity;
 }
 
 // The lowest position still held: 0 unless a discarding read released blocks.

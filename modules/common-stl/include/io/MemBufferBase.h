@@ -1,6 +1,7 @@
 #ifndef QRN_IO_MEMBUFFERBASE_H
 #define QRN_IO_MEMBUFFERBASE_H
 
+#include <atomic>
 #include <deque>
 #include <memory>
 
@@ -37,8 +38,7 @@ public:
     public:
         static const int MIN_CAPACITY = 4096;
 
-        // Unless `exact`, a capacity below MIN_CAPACITY is raised to it. The
-        // bytes start zeroed.
+        // Unless `exact`, a capacity below MIN_CAPACITY is raised to it.
         Buffer(long start, int capacity, bool exact);
         Buffer(const Buffer&) = delete;
         Buffer& operator=(const Buffer&) = delete;
@@ -80,6 +80,7 @@ private:
     using Block = std::unique_ptr<Buffer>;
 
     int _findBlock(long pos) const;
+    bool _covers(int index, long pos) const;
     long _origin() const;
     void _checkRetained(long pos) const;
     void _ensureCapacity(long need);
@@ -92,6 +93,7 @@ private:
 
     std::deque<Block> _blocks;  // in position order
     mutable RWLock _lock;       // guards _blocks, _size and _discarded
+    mutable std::atomic<int> _hint{0};  // index of the last block found
 };
 
 }  // namespace QRN_SPACE
