@@ -6,8 +6,6 @@
 #include <cerrno>
 #include <climits>
 #include <fstream>
-#include <set>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,29 +13,25 @@
 #include "util/Mutex.h"
 #include "util/RWLock.h"
 #include "util/Semaphore.h"
-#include "util/Sequence.h"
 
 using namespace QRN_SPACE;
 
 namespace {
 
-// A thread's kernel id, published before it calls something that must block.
+// A thread publishes its kernel id right before a call that must block; the
+// test then waits until the kernel reports it sleeping, which in these
+// threads only that call can make it do.
 class Tid {
 public:
-    void publish() { _tid.store(static_cast<int>(syscall(SYS_gettid))); }
-
-    // Waits until the thread sleeps in the kernel: the state the blocking
-    // call reaches, and no other, in the threads below.
+    void publish() { _tid = static_cast<int>(syscall(SYS_gettid)); }
     void awaitBlocked() const {
         while (_tid.load() == 0) std::this_thread::yield();
-        const std::string stat = "/proc/self/task/" + std::to_string(_tid.load()) + "/stat";
         for (;;) {
-            std::ifstream in(stat);
+            std::ifstream in("/proc/self/task/" + std::to_string(_tid.load()) + "/stat");
             std::string line;
             std::getline(in, line);
-            // pid (comm) STATE ...: the state follows the last ')'.
-            size_t close = line.rfind(')');
-            if (close != std::string::npos && close + 2 < line.size() && line[close + 2] == 'S') return;
+            size_t close = line.rfind(')');  // "pid (comm) STATE ..."
+            if (close != std::string::npos && line.compare(close, 3, ") S") == 0) return;
             std::this_thread::yield();
         }
     }
@@ -46,204 +40,105 @@ private:
     std::atomic<int> _tid{0};
 };
 
-void spinUntil(const std::atomic<int>& value, int target) {
-    while (value.load() < target) std::this_thread::yield();
-}
-
 }  // namespace
 
 TEST(RWLockThreads, WriterUnlockLetsEveryBlockedReaderIn) {
     RWLock lock;
-    const int kReaders = 3;
-    Tid tids[kReaders];
+    Tid tids[3];
     std::atomic<bool> writerHolds{true};
     std::atomic<int> entered{0};
     std::atomic<int> sawWriter{0};
-    ASSERT_EQ(lock.wrlock(), 0);
+    lock.wrlock();
     std::vector<std::thread> readers;
-    for (int i = 0; i < kReaders; ++i) {
-        readers.emplace_back([&, i] {
-            tids[i].publish();
+    for (Tid& tid : tids) {
+        readers.emplace_back([&] {
+            tid.publish();
             lock.rdlock();
-            if (writerHolds.load()) ++sawWriter;
+            if (writerHolds) ++sawWriter;
             ++entered;
-            spinUntil(entered, kReaders);  // all readers are inside at once
+            while (entered < 3) std::this_thread::yield();  // all inside at once
             lock.unlock();
         });
     }
-    for (Tid& t : tids) t.awaitBlocked();
-    EXPECT_EQ(entered.load(), 0);
+    for (Tid& tid : tids) tid.awaitBlocked();
+    EXPECT_EQ(entered, 0);
     writerHolds = false;
     lock.unlock();
     for (std::thread& t : readers) t.join();
-    EXPECT_EQ(entered.load(), kReaders);
-    EXPECT_EQ(sawWriter.load(), 0);
+    EXPECT_EQ(sawWriter, 0);
     EXPECT_EQ(lock.trywrlock(), 0);
     lock.unlock();
 }
 
 TEST(RWLockThreads, ReadersKeepEnteringWhileAWriterWaits) {
     RWLock lock;
-    ASSERT_EQ(lock.rdlock(), 0);
+    lock.rdlock();
     Tid writerTid;
-    std::atomic<int> writerIn{0};
+    std::atomic<bool> writerIn{false};
     std::thread writer([&] {
         writerTid.publish();
         lock.wrlock();
-        ++writerIn;
+        writerIn = true;
         lock.unlock();
     });
     writerTid.awaitBlocked();
-    // Intended reader preference: a waiting writer does not hold readers back.
+    // Intended reader preference: a waiting writer holds no reader back.
     EXPECT_EQ(lock.tryrdlock(), 0);
     std::thread reader([&] {
         lock.rdlock();
         lock.unlock();
     });
     reader.join();
-    EXPECT_EQ(writerIn.load(), 0);
     lock.unlock();
-    EXPECT_EQ(writerIn.load(), 0);  // one reader is still in
+    EXPECT_FALSE(writerIn);  // one reader is still in
     lock.unlock();
     writer.join();
-    EXPECT_EQ(writerIn.load(), 1);
-}
-
-TEST(RWLockThreads, WritersExcludeEachOtherAndReaders) {
-    RWLock lock;
-    int shared[2] = {0, 0};  // written only under the write lock
-    std::atomic<int> torn{0};
-    std::atomic<int> writersInside{0};
-    std::atomic<int> overlap{0};
-    std::vector<std::thread> threads;
-    for (int w = 0; w < 2; ++w) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 2000; ++i) {
-                WriteGuard hold(lock);
-                if (++writersInside != 1) ++overlap;
-                ++shared[0];
-                ++shared[1];
-                --writersInside;
-            }
-        });
-    }
-    for (int r = 0; r < 2; ++r) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 2000; ++i) {
-                ReadGuard hold(lock);
-                if (shared[0] != shared[1]) ++torn;
-                if (writersInside.load() != 0) ++overlap;
-            }
-        });
-    }
-    for (std::thread& t : threads) t.join();
-    EXPECT_EQ(shared[0], 4000);
-    EXPECT_EQ(shared[1], 4000);
-    EXPECT_EQ(torn.load(), 0);
-    EXPECT_EQ(overlap.load(), 0);
+    EXPECT_TRUE(writerIn);
 }
 
 TEST(SemaphoreThreads, WaitBlocksUntilPost) {
     Semaphore sem(1);
     ASSERT_EQ(sem.trywait(), 0);
     Tid waiterTid;
-    std::atomic<int> passed{0};
+    std::atomic<bool> passed{false};
     std::thread waiter([&] {
         waiterTid.publish();
         sem.wait();
-        ++passed;
+        passed = true;
     });
     waiterTid.awaitBlocked();
-    EXPECT_EQ(passed.load(), 0);
+    EXPECT_FALSE(passed);
     sem.post();
     waiter.join();
-    EXPECT_EQ(passed.load(), 1);
+    EXPECT_TRUE(passed);
     EXPECT_EQ(sem.trywait(), -1);  // the post was consumed
-
-    // Every post is matched by exactly one wait.
-    const int kItems = 5000;
-    std::thread producer([&] {
-        for (int i = 0; i < kItems; ++i) sem.post();
-    });
-    for (int i = 0; i < kItems; ++i) sem.wait();
-    producer.join();
-    EXPECT_EQ(sem.trywait(), -1);
 }
 
-TEST(ConditionThreads, NotifyWakesWaitersThatRetestTheirPredicate) {
+TEST(ConditionThreads, NotifyAllWakesEveryWaiter) {
     Mutex mutex;
     Condition cond(mutex);
     bool ready = false;  // guarded by mutex
-    const int kWaiters = 3;
-    Tid tids[kWaiters];
+    Tid tids[3];
     std::atomic<int> woken{0};
     std::atomic<int> timedOut{0};
     std::vector<std::thread> waiters;
-    for (int i = 0; i < kWaiters; ++i) {
+    for (int i = 0; i < 3; ++i) {
         waiters.emplace_back([&, i] {
             Monitor hold(mutex);
             tids[i].publish();
-            // The far deadline must not wrap into the past (32-bit time_t).
+            // A far deadline must not wrap into the past on a 32-bit time_t.
             while (!ready) {
                 if ((i == 0 ? cond.wait() : cond.wait(INT_MAX)) == ETIMEDOUT) ++timedOut;
             }
             ++woken;
         });
     }
-    for (Tid& t : tids) t.awaitBlocked();
-    EXPECT_EQ(woken.load(), 0);
+    for (Tid& tid : tids) tid.awaitBlocked();
     cond.lock();
     ready = true;
     EXPECT_EQ(cond.notifyAll(), 0);
     cond.unlock();
     for (std::thread& t : waiters) t.join();
-    EXPECT_EQ(woken.load(), kWaiters);
-    EXPECT_EQ(timedOut.load(), 0);
-
-    // notify() hands over one item at a time.
-    int items = 0;  // guarded by mutex
-    std::thread consumer([&] {
-        for (int taken = 0; taken < 100; ++taken) {
-            Monitor hold(mutex);
-            while (items == 0) cond.wait();
-            --items;
-        }
-    });
-    for (int i = 0; i < 100; ++i) {
-        Monitor hold(mutex);
-        ++items;
-        cond.notify();
-    }
-    consumer.join();
-    EXPECT_EQ(items, 0);
-}
-
-TEST(SequenceThreads, ValuesAreUniqueAcrossThreads) {
-    Sequence seq(0);
-    const int kThreads = 4;
-    const int kEach = 2000;
-    std::vector<std::vector<int>> got(kThreads);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kEach; ++i) {
-                if (i % 2 == 0) {
-                    got[t].push_back(seq.getNext());
-                } else {
-                    int first = seq.getNext(3);
-                    for (int k = 0; k < 3; ++k) got[t].push_back(first + k);
-                }
-            }
-        });
-    }
-    for (std::thread& t : threads) t.join();
-    std::set<int> all;
-    size_t count = 0;
-    for (const auto& values : got) {
-        all.insert(values.begin(), values.end());
-        count += values.size();
-    }
-    EXPECT_EQ(all.size(), count);  // no value twice
-    EXPECT_EQ(*all.begin(), 0);
-    EXPECT_EQ(*all.rbegin(), static_cast<int>(count) - 1);  // no gap
+    EXPECT_EQ(woken, 3);
+    EXPECT_EQ(timedOut, 0);
 }
