@@ -1,6 +1,9 @@
 #ifndef QRN_UTIL_RWLOCK_H
 #define QRN_UTIL_RWLOCK_H
 
+#include <atomic>
+#include <cstdint>
+
 #include "util/Mutex.h"
 
 namespace QRN_SPACE {
@@ -13,6 +16,10 @@ namespace QRN_SPACE {
 // calls it: with a writer active it releases the writer, otherwise one
 // reader; called with no holder it drives the reader count below zero
 // (unchecked, as the blocking calls are).
+//
+// The two counts live in one atomic word so that an uncontended lock or
+// unlock is a single compare-and-swap; the mutex and conditions are used
+// only when a caller has to wait or somebody is waiting.
 class TUSKEL_API RWLock : public RNObject {
 public:
     RWLock();
@@ -27,9 +34,12 @@ public:
     int unlock();     // always 0
 
 private:
-    int _readers = 0;     // active readers
-    int _writers = 0;     // active writers (0 or 1)
-    Mutex _mutex;         // guards both counts
+    // Active writers (0 or 1) in the high half, active readers (a signed
+    // 32-bit count) in the low half.
+    std::atomic<uint64_t> _counts{0};
+    std::atomic<int> _waitingReaders{0};  // changed under _mutex only
+    std::atomic<int> _waitingWriters{0};  // changed under _mutex only
+    Mutex _mutex;         // serialises waiting and waking
     Condition _writerGo;  // waited on by writers
     Condition _readerGo;  // waited on by readers
 };
