@@ -49,6 +49,7 @@ for config in "${configs[@]}"; do
             run_ctest tsan "$dir" -L concurrency ;;
     fuzz)   if [ -f fuzz/CMakeLists.txt ] && grep -q add_executable fuzz/CMakeLists.txt; then
               build "$dir" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+                -DTUSKEL_SANITIZE=fuzzer-no-link,address,undefined \
                 -DTUSKEL_BUILD_FUZZ=ON -DTUSKEL_BUILD_TESTS=OFF -DTUSKEL_BUILD_TOOLS=OFF
               fuzz/run.sh "$dir" "${TUSKEL_FUZZ_SECONDS:-60}"
               summaries+=("fuzz: every harness ran ${TUSKEL_FUZZ_SECONDS:-60} s without a finding")

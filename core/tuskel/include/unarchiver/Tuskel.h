@@ -18,17 +18,17 @@ namespace QRN_SPACE {
 class TUSKEL_API ArchiveConstants {
 public:
     // Set by ArchiveEntryProcessor::processEntry; any other value skips.
-    static const int ACTION_ABORT = -1;       // the unarchiver raises ArchivingException
-    static const int ACTION_SKIP = 0;         // the entry's data is passed over
-    static const int ACTION_COPY = 1;         // stored bytes are copied undecoded
-    static const int ACTION_DECOMPRESS = 2;   // decoded (inflated or copied) into the stream
+    static constexpr int ACTION_ABORT = -1;       // the unarchiver raises ArchivingException
+    static constexpr int ACTION_SKIP = 0;         // the entry's data is passed over
+    static constexpr int ACTION_COPY = 1;         // stored bytes are copied undecoded
+    static constexpr int ACTION_DECOMPRESS = 2;   // decoded (inflated or copied) into the stream
 
     // ArchiveEntryInfo::algorithm.
-    static const int ALGORITHM_UNKNOWN = -1;  // not yet read, or not decodable
-    static const int ALGORITHM_STORED = 0;
-    static const int ALGORITHM_DEFLATE = 1;
-    static const int ALGORITHM_SHRINK = 2;    // recognised, never decoded
-    static const int ALGORITHM_IMPLODE = 3;   // recognised, never decoded
+    static constexpr int ALGORITHM_UNKNOWN = -1;  // not yet read, or not decodable
+    static constexpr int ALGORITHM_STORED = 0;
+    static constexpr int ALGORITHM_DEFLATE = 1;
+    static constexpr int ALGORITHM_SHRINK = 2;    // recognised, never decoded
+    static constexpr int ALGORITHM_IMPLODE = 3;   // recognised, never decoded
 };
 
 // The format's own header record for an entry (a GZIP member header, a ZIP

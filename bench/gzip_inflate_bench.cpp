@@ -1,0 +1,250 @@
+// How much the GZIP path costs over zlib itself. One process, the same
+// compressed bytes in memory, interleaved rounds of:
+//   a  zlib inflate straight into the output
+//   b  zlib with the driver's shape: 33,792-byte reads, 51,200-byte blocks copied out
+//   c  GzipUnarchiver + DeflateDecompressor over pre-touched memory buffers
+// and the per-round throughput ratios of every variant after a and b
+// against both. Another variant joins the rounds with one more entry in
+// `variants`. Absolute speeds drift on a shared machine; ratios within a
+// round do not.
+//
+//   gzip_inflate_bench [rounds] [megabytes]
+#include <zlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "io/BufferBaseOutputStream.h"
+#include "support/TestStreams.h"
+#include "unarchiver/GzipUnarchiver.h"
+
+using namespace QRN_SPACE;
+
+namespace {
+
+const int kInputBlock = 33792;
+const int kOutputBlock = 51200;
+const size_t kGzipHeader = 10;  // zlib's own gzip header carries no optional field
+
+// Deterministic 64-bit generator (xorshift*).
+struct Random {
+    uint64_t s;
+    uint64_t next() {
+        s ^= s >> 12;
+        s ^= s << 25;
+        s ^= s >> 27;
+        return s * 2685821657736338717ull;
+    }
+    size_t below(size_t n) { return static_cast<size_t>(next() % n); }
+};
+
+void appendText(std::string& out, Random& r, size_t n) {
+    static const char* const words[] = {"the", "archive", "member", "of", "a", "stream", "header", "buffer",
+                                        "inflate", "entry", "is", "and", "with", "scanner", "mail", "gateway",
+                                        "content", "type", "zero", "block", "window", "length", "code", "data"};
+    size_t end = out.size() + n;
+    while (out.size() < end) {
+        out += words[r.below(sizeof words / sizeof *words)];
+        out += r.below(12) == 0 ? ".\n" : " ";
+        if (r.below(40) == 0) out += std::to_string(r.next() % 100000);
+    }
+}
+
+// Records and code-like bytes: small deltas, skewed opcodes, zero padding.
+void appendBinary(std::string& out, Random& r, size_t n) {
+    size_t end = out.size() + n;
+    uint32_t id = static_cast<uint32_t>(r.next());
+    while (out.size() < end) {
+        id += 1 + static_cast<uint32_t>(r.below(4));
+        out.append(reinterpret_cast<const char*>(&id), sizeof id);
+        static const unsigned char ops[] = {0x8B, 0x89, 0xE8, 0x48, 0x83, 0xC3, 0x55, 0x5D, 0x0F, 0x00};
+        for (int i = 0; i < 12; ++i) out.push_back(static_cast<char>(ops[std::min<size_t>(r.below(16), 9)]));
+        out.append(r.below(3), '\0');
+    }
+}
+
+// Already compressed: deflated text, or noise.
+void appendCompressed(std::string& out, Random& r, size_t n) {
+    if (r.below(2) == 0) {
+        std::string text;
+        appendText(text, r, n * 3);
+        uLongf size = compressBound(text.size());
+        std::string packed(size, '\0');
+        compress2(reinterpret_cast<Bytef*>(&packed[0]), &size, reinterpret_cast<const Bytef*>(text.data()), text.size(), 9);
+        out.append(packed, 0, std::min<size_t>(size, n));
+    } else {
+        for (size_t i = 0; i < n; i += 8) {
+            uint64_t v = r.next();
+            out.append(reinterpret_cast<const char*>(&v), std::min<size_t>(8, n - i));
+        }
+    }
+}
+
+std::string makeData(size_t bytes) {
+    Random r{0x9E3779B97F4A7C15ull};
+    std::string out;
+    out.reserve(bytes + (1 << 20));
+    while (out.size() < bytes) {
+        size_t piece = 4096 + r.below(256 * 1024);
+        switch (r.below(4)) {
+        case 0: case 1: appendText(out, r, piece); break;
+        case 2: appendBinary(out, r, piece); break;
+        default: appendCompressed(out, r, piece / 2); break;
+        }
+    }
+    return out;
+}
+
+std::string gzipOf(const std::string& data) {
+    z_stream z{};
+    deflateInit2(&z, 6, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
+    std::string out(deflateBound(&z, data.size()) + 64, '\0');
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+    z.avail_in = static_cast<uInt>(data.size());
+    z.next_out = reinterpret_cast<Bytef*>(&out[0]);
+    z.avail_out = static_cast<uInt>(out.size());
+    if (deflate(&z, Z_FINISH) != Z_STREAM_END) std::abort();
+    out.resize(z.total_out);
+    deflateEnd(&z);
+    return out;
+}
+
+void check(bool ok, const char* what) {
+    if (!ok) {
+        std::fprintf(stderr, "%s failed\n", what);
+        std::exit(1);
+    }
+}
+
+// a: one inflate call over everything.
+void inflateDirect(const std::string& gz, char* out, size_t outSize) {
+    z_stream z{};
+    check(inflateInit2(&z, -MAX_WBITS) == Z_OK, "inflateInit2");
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(gz.data() + kGzipHeader));
+    z.avail_in = static_cast<uInt>(gz.size() - kGzipHeader);
+    z.next_out = reinterpret_cast<Bytef*>(out);
+    z.avail_out = static_cast<uInt>(outSize);
+    int r;
+    while ((r = inflate(&z, Z_NO_FLUSH)) == Z_OK) {
+    }
+    check(r == Z_STREAM_END, "inflate (a)");
+    inflateEnd(&z);
+}
+
+// b: the driver's loop without its streams.
+void inflateShaped(const std::string& gz, char* out) {
+    z_stream z{};
+    check(inflateInit2(&z, -MAX_WBITS) == Z_OK, "inflateInit2");
+    static char input[kInputBlock];
+    static char block[kOutputBlock];
+    size_t pos = kGzipHeader, written = 0;
+    z.next_out = reinterpret_cast<Bytef*>(block);
+    z.avail_out = kOutputBlock;
+    for (;;) {
+        if (z.avail_in == 0) {
+            size_t n = std::min<size_t>(kInputBlock, gz.size() - pos);
+            std::memcpy(input, gz.data() + pos, n);
+            pos += n;
+            z.next_in = reinterpret_cast<Bytef*>(input);
+            z.avail_in = static_cast<uInt>(n);
+        }
+        int r = inflate(&z, Z_NO_FLUSH);
+        if (r == Z_OK) {
+            if (z.avail_out == 0) {
+                std::memcpy(out + written, block, kOutputBlock);
+                written += kOutputBlock;
+                z.next_out = reinterpret_cast<Bytef*>(block);
+                z.avail_out = kOutputBlock;
+            }
+            continue;
+        }
+        check(r == Z_STREAM_END, "inflate (b)");
+        std::memcpy(out + written, block, kOutputBlock - z.avail_out);
+        break;
+    }
+    inflateEnd(&z);
+}
+
+// c: the library's own path; the host buffer stands in as a memory buffer.
+struct IntoBuffer : ArchiveEntryProcessor {
+    explicit IntoBuffer(BufferBase* buffer) : stream(buffer) {}
+    OutputStream* processEntry(ArchiveEntryInfo* info, int& action) override {
+        entry.reset(info);  // kept: the unarchiver records the trailer into it
+        action = ArchiveConstants::ACTION_DECOMPRESS;
+        return &stream;
+    }
+    BufferBaseOutputStream stream;
+    std::unique_ptr<ArchiveEntryInfo> entry;
+};
+
+struct Variant {
+    const char* name;
+    std::function<void()> run;
+    std::function<bool()> verify;
+    std::vector<double> seconds;
+};
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v.size() % 2 ? v[v.size() / 2] : (v[v.size() / 2 - 1] + v[v.size() / 2]) / 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    int rounds = argc > 1 ? std::atoi(argv[1]) : 9;
+    size_t megabytes = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 64;
+    std::string data = makeData(megabytes << 20);
+    std::string gz = gzipOf(data);
+    std::printf("%zu bytes, gzip %zu bytes (%.1f%%)\n", data.size(), gz.size(), 100.0 * gz.size() / data.size());
+
+    // Every output is touched before the first round.
+    std::string outA(data.size(), '\0'), outB(data.size(), '\0');
+    tuskel_test::StringBuffer inC(gz), outC(std::string(data.size(), '\0'));
+
+    std::vector<Variant> variants = {
+        {"a zlib direct", [&] { inflateDirect(gz, &outA[0], outA.size()); }, [&] { return outA == data; }, {}},
+        {"b zlib shaped", [&] { inflateShaped(gz, &outB[0]); }, [&] { return outB == data; }, {}},
+        {"c GzipUnarchiver",
+         [&] {
+             IntoBuffer processor(&outC);
+             GzipUnarchiver(&inC, processor, nullptr).start();
+         },
+         [&] { return outC.data() == data; }, {}},
+    };
+
+    for (int round = 0; round < rounds; ++round) {
+        for (size_t k = 0; k < variants.size(); ++k) {
+            Variant& v = variants[(k + round) % variants.size()];  // rotate the order against drift
+            auto start = std::chrono::steady_clock::now();
+            v.run();
+            v.seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+            if (round == 0) check(v.verify(), v.name);
+        }
+        std::printf("round %d:", round + 1);
+        for (Variant& v : variants) std::printf("  %c %.0f MB/s", v.name[0], data.size() / v.seconds.back() / 1e6);
+        for (size_t i = 2; i < variants.size(); ++i) {
+            double t = variants[i].seconds.back();
+            std::printf("  %c/b %.3f  %c/a %.3f", variants[i].name[0], variants[1].seconds.back() / t,
+                        variants[i].name[0], variants[0].seconds.back() / t);
+        }
+        std::printf("\n");
+    }
+    for (size_t i = 2; i < variants.size(); ++i) {
+        std::vector<double> vb, va;
+        for (int r = 0; r < rounds; ++r) {
+            vb.push_back(variants[1].seconds[r] / variants[i].seconds[r]);
+            va.push_back(variants[0].seconds[r] / variants[i].seconds[r]);
+        }
+        std::printf("median %s: /b %.3f  /a %.3f\n", variants[i].name, median(vb), median(va));
+    }
+    return 0;
+}
