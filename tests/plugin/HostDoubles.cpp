@@ -4,6 +4,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "support/TestFiles.h"
+
 namespace tuskel_test {
 
 int MemoryHostBuffer::read(char* buf, int len) {
@@ -58,6 +60,13 @@ std::vector<std::string> RecordingEntryProcessor::contents() const {
     std::vector<std::string> out;
     for (const auto& buffer : buffers) out.push_back(buffer->data);
     return out;
+}
+
+std::string gzipWithTool(const std::string& data, const std::string& options, const std::string& name) {
+    TempDir dir;
+    std::string path = dir.file(name);
+    writeFile(path, data);
+    return commandOutput("gzip -c " + options + " " + shellQuote(path));
 }
 
 }  // namespace tuskel_test

@@ -55,6 +55,10 @@ public:
     bool throwOnGetBuffer = false;  // throws std::runtime_error
 };
 
+// `data` compressed by the gzip program with the given options; with a
+// name, the file handed to gzip has that name (stored unless -n is given).
+std::string gzipWithTool(const std::string& data, const std::string& options, const std::string& name = "data");
+
 }  // namespace tuskel_test
 
 #endif

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+
+#include "HostDoubles.h"
+#include "support/LogCapture.h"
+#include "support/TestStreams.h"
+#include "tuskel/CommonDecompressor.h"
+
+using tuskel_test::gzipWithTool;
+using tuskel_test::LogCapture;
+using tuskel_test::MemoryHostBuffer;
+using tuskel_test::patternBytes;
+using tuskel_test::RecordingEntryProcessor;
+
+namespace {
+
+const std::string kNotSupported = "[DBG][CommonDecompressor:66] Not find the archiver, not support\n";
+
+std::string gLogged;
+void collect(const char* piece) { gLogged += piece; }
+
+}  // namespace
+
+TEST(CommonDecompressor, NullArgumentsTouchNothing) {
+    LogCapture log(1);
+    CommonDecompressor decompressor;
+    MemoryHostBuffer input("anything");
+    RecordingEntryProcessor host;
+    EXPECT_EQ(decompressor.decompress(nullptr, &host), 2);
+    EXPECT_EQ(decompressor.decompress(&input, nullptr), 2);
+    EXPECT_EQ(decompressor.decompress(nullptr, nullptr), 2);
+    EXPECT_EQ(input.calls, 0);
+    EXPECT_TRUE(host.records.empty());
+    EXPECT_EQ(host.finished, 0);
+    std::string line = "[ERR][CommonDecompressor:19] hb == NULL || processor == NULL\n";
+    EXPECT_EQ(log.text(), line + line + line);
+}
+
+TEST(CommonDecompressor, UnknownInputIsNotSupported) {
+    const std::string cases[] = {
+        "",
+        "plain text, neither GZIP nor ZIP",
+        tuskel_test::bytes({0x1F, 0x8B, 0x08}),                       // GZIP magic, header cut short
+        tuskel_test::bytes({0x1F, 0x8B, 0x09, 0, 0, 0, 0, 0, 0, 3}),  // unknown method
+        "MZ" + std::string(200, '\0'),                                // an executable
+    };
+    for (const std::string& input : cases) {
+        SCOPED_TRACE(testing::PrintToString(input));
+        LogCapture log(3);
+        CommonDecompressor decompressor;
+        MemoryHostBuffer hostBuffer(input);
+        RecordingEntryProcessor host;
+        EXPECT_EQ(decompressor.decompress(&hostBuffer, &host), 3);
+        EXPECT_TRUE(host.records.empty());
+        EXPECT_EQ(host.finished, 0);
+        EXPECT_EQ(log.text(), kNotSupported);
+    }
+}
+
+// Sizes around the inflate driver's output block, fed by hosts that answer
+// every read whole or in awkward pieces; gzip stores no size in the header,
+// so the size the host is offered is the trailer's.
+TEST(CommonDecompressor, GzipReachesTheHostWhole) {
+    struct Case {
+        size_t size;
+        const char* options;
+        int maxRead;
+    } cases[] = {
+        {1, "-n", 1 << 30},       {51199, "", 7},       {51200, "-n -1", 33791},
+        {51201, "-9", 1 << 30},   {300000, "-n", 4096}, {300000, "", 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.size) + " gzip " + c.options + " read " + std::to_string(c.maxRead));
+        std::string data = patternBytes(c.size, static_cast<unsigned>(c.size));
+        LogCapture log(3);
+        CommonDecompressor decompressor;
+        decompressor.setOptions(-1, &decompressor);  // ignored
+        MemoryHostBuffer input(gzipWithTool(data, c.options, "name.txt"));
+        input.maxRead = c.maxRead;
+        RecordingEntryProcessor host;
+        ASSERT_EQ(decompressor.decompress(&input, &host), 0) << log.text();
+        ASSERT_EQ(host.records.size(), 1u);
+        EXPECT_EQ(host.records[0].usize, static_cast<int>(c.size));
+        EXPECT_EQ(host.finished, 1);
+        EXPECT_TRUE(host.contents()[0] == data);
+        bool named = std::string(c.options).find("-n") == std::string::npos;
+        std::string found = "[DBG][EntryProcessor:26] find entry[" + std::string(named ? "name.txt" : "") +
+                            "], usize[" + std::to_string(c.size) + "]\n";
+        EXPECT_EQ(log.text(), found);
+    }
+}
+
+TEST(CommonDecompressor, EmptyGzipOffersNothing) {
+    LogCapture log(3);
+    CommonDecompressor decompressor;
+    MemoryHostBuffer input(gzipWithTool("", "-n"));
+    RecordingEntryProcessor host;
+    EXPECT_EQ(decompressor.decompress(&input, &host), 0);
+    EXPECT_TRUE(host.records.empty());
+    EXPECT_EQ(host.finished, 1);
+    EXPECT_NE(log.text().find("[DBG][EntryProcessor:33] tmp_info.usize == 0\n"), std::string::npos);
+}
+
+// A body cut short fails while the entry is being written: the host keeps
+// what it got. The cut input still ends in the original ISIZE so that the
+// entry is offered.
+TEST(CommonDecompressor, BrokenArchiveAnswers1AfterHandingOutTheEntry) {
+    std::string data = patternBytes(200000, 3);
+    std::string gz = gzipWithTool(data, "-n");
+    std::string cut = gz.substr(0, gz.size() / 2) + gz.substr(gz.size() - 4);
+    LogCapture log(1);
+    CommonDecompressor decompressor;
+    MemoryHostBuffer input(cut);
+    RecordingEntryProcessor host;
+    EXPECT_EQ(decompressor.decompress(&input, &host), 1);
+    ASSERT_EQ(host.records.size(), 1u);
+    std::string got = host.contents()[0];
+    EXPECT_LT(got.size(), data.size());
+    EXPECT_TRUE(data.compare(0, got.size(), got) == 0);
+    EXPECT_EQ(log.text().rfind("[ERR][CommonDecompressor:52] Exception[", 0), 0u) << log.text();
+    EXPECT_EQ(log.text().substr(log.text().size() - 2), "]\n");
+}
+
+// Nothing thrown inside, by the library or by the host's own code, reaches
+// the host: it becomes result 1 and one error line.
+TEST(CommonDecompressor, ForeignExceptionsStopAtTheBoundary) {
+    std::string gz = gzipWithTool(patternBytes(1000), "-n");
+    LogCapture log(1);
+    CommonDecompressor decompressor;
+    MemoryHostBuffer input(gz);
+    RecordingEntryProcessor host;
+    host.throwOnGetBuffer = true;
+    EXPECT_EQ(decompressor.decompress(&input, &host), 1);
+    EXPECT_EQ(log.text(), "[ERR][CommonDecompressor:52] Exception[host refuses]\n");
+}
+
+TEST(CommonDecompressor, SetLoggerRoutesTheLog) {
+    CommonDecompressor decompressor;
+    MemoryHostBuffer input("junk");
+    RecordingEntryProcessor host;
+    gLogged.clear();
+    decompressor.setLogger(3, collect);
+    EXPECT_EQ(decompressor.level, 3);
+    EXPECT_EQ(decompressor.callback, &collect);
+    EXPECT_EQ(decompressor.decompress(&input, &host), 3);
+    EXPECT_EQ(gLogged, kNotSupported);
+    decompressor.setLogger(2, collect);  // debug lines no longer pass
+    EXPECT_EQ(decompressor.decompress(&input, &host), 3);
+    decompressor.setLogger(3, nullptr);
+    EXPECT_EQ(decompressor.decompress(&input, &host), 3);
+    EXPECT_EQ(gLogged, kNotSupported);
+}
