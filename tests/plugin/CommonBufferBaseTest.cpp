@@ -26,7 +26,6 @@ TEST(CommonBufferBase, ReadsSeekTheHostFirst) {
     LogCapture log(3);
     MemoryHostBuffer host(bytes({0x10, 0x20, 0xFF, 0x40}));
     CommonBufferBase adapter(&host, 0);
-
     EXPECT_EQ(adapter.read(2), 255);  // a byte 0xFF is not the end
     EXPECT_EQ(adapter.read(0), 0x10);
     EXPECT_EQ(adapter.read(4), -1);   // the host's short read: no log
@@ -37,11 +36,22 @@ TEST(CommonBufferBase, ReadsSeekTheHostFirst) {
     EXPECT_EQ(adapter.read(0, buf, 8), 2);
     EXPECT_EQ(adapter.read(9, buf, 8), 0);
     EXPECT_EQ(log.text(), "");
+}
 
+TEST(CommonBufferBase, AFailedSeekStopsTheOperation) {
+    LogCapture log(3);
+    MemoryHostBuffer host("abc");
     host.failSeekAt = 1;
+    CommonBufferBase adapter(&host, 0);
+    char buf[4];
     EXPECT_EQ(adapter.read(1), -1);
-    EXPECT_EQ(adapter.read(1, buf, 8), -1);
-    EXPECT_EQ(log.text(), errorLine(19, "seek fail\n") + errorLine(36, "seek fail\n"));
+    EXPECT_EQ(adapter.read(1, buf, 4), -1);
+    adapter.write(1, 'x');
+    EXPECT_EQ(adapter.write(1, "xy", 2), -1);
+    EXPECT_EQ(host.data, "abc");
+    // The block write logs without the line feed: intended.
+    EXPECT_EQ(log.text(), errorLine(19, "seek fail\n") + errorLine(36, "seek fail\n") +
+                              errorLine(51, "seek fail\n") + errorLine(66, "seek fail"));
 }
 
 TEST(CommonBufferBase, WritesStopAtTheLimit) {
@@ -75,18 +85,6 @@ TEST(CommonBufferBase, WritesStopAtTheLimit) {
             EXPECT_EQ(log.text(), errorLine(c.len == 0 ? 46 : 61, "off bigger than the buffer size\n"));
         }
     }
-}
-
-TEST(CommonBufferBase, FailedSeekStopsAWrite) {
-    LogCapture log(3);
-    MemoryHostBuffer host("abc");
-    host.failSeekAt = 1;
-    CommonBufferBase adapter(&host, 0);
-    adapter.write(1, 'x');
-    EXPECT_EQ(adapter.write(1, "xy", 2), -1);
-    EXPECT_EQ(host.data, "abc");
-    // The block form logs without the line feed: intended.
-    EXPECT_EQ(log.text(), errorLine(51, "seek fail\n") + errorLine(66, "seek fail"));
 }
 
 TEST(CommonBufferBase, UnsupportedOperationsOnlyLog) {
