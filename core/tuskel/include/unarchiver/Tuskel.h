@@ -63,17 +63,26 @@ public:
 };
 
 // Decides what happens to each entry. The processor takes ownership of every
-// info handed to processEntry; the stream it returns stays its own (the
+// info handed to processEntry and must keep it alive until endUnarchiving():
+// the unarchiver still records values read after the data (a GZIP trailer, a
+// ZIP data descriptor) into it. The stream it returns stays its own (the
 // unarchiver flushes and closes it, never deletes it).
 class TUSKEL_API ArchiveEntryProcessor {
 public:
+    ArchiveEntryProcessor() = default;
+    ArchiveEntryProcessor(const ArchiveEntryProcessor&) = delete;
+    ArchiveEntryProcessor& operator=(const ArchiveEntryProcessor&) = delete;
     virtual ~ArchiveEntryProcessor();
     virtual void beginUnarchiving();
     // Sets `action` and answers the stream for the entry's bytes, or null.
-    // Default: deletes info, action 0 (skip), null.
+    // Default: action 0 (skip), null; the info is kept until the next entry
+    // or the processor's end.
     virtual OutputStream* processEntry(ArchiveEntryInfo* info, int& action);
     virtual void endUnarchiving();
     virtual void releaseSession();
+
+private:
+    ArchiveEntryInfo* _skipped = nullptr;  // the default's last info; owned
 };
 
 class TUSKEL_API ArchiveProcessor {

@@ -23,12 +23,15 @@ ArchiveEntryInfo::~ArchiveEntryInfo() { delete info; }
 
 bool ArchiveEntryInfo::operator<(const ArchiveEntryInfo& other) const { return order < other.order; }
 
-ArchiveEntryProcessor::~ArchiveEntryProcessor() = default;
+ArchiveEntryProcessor::~ArchiveEntryProcessor() { delete _skipped; }
 
 void ArchiveEntryProcessor::beginUnarchiving() {}
 
 OutputStream* ArchiveEntryProcessor::processEntry(ArchiveEntryInfo* info, int& action) {
-    delete info;  // ownership came with the call
+    // Ownership came with the call; the unarchiver may still write into the
+    // info after the data, so only the previous one is released now.
+    delete _skipped;
+    _skipped = info;
     action = ArchiveConstants::ACTION_SKIP;
     return nullptr;
 }
