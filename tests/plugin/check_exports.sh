@@ -33,7 +33,8 @@ for name in "${required[@]}"; do
 done
 
 # zlib is a shared dependency, not linked in.
-if ! readelf -d "$lib" | grep -q 'NEEDED.*libz\.so'; then
+dynamic=$(readelf -d "$lib")
+if ! grep -q 'NEEDED.*libz\.so' <<<"$dynamic"; then
   echo "FAILED: libz.so is not a dynamic dependency"
   exit 1
 fi

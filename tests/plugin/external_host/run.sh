@@ -32,8 +32,10 @@ check() { # check <how> <host binary> [env...]
   shift 2
   env "$@" "$host" "$work/data.gz" "$work/out.$how" || { echo "FAILED ($how): host run"; exit 1; }
   cmp "$work/data" "$work/out.$how" || { echo "FAILED ($how): output differs"; exit 1; }
-  env "$@" ldd "$host" | grep -q "=> $libdir/libtuskel.so.0 " ||
-    { echo "FAILED ($how): not linked against the installed library"; env "$@" ldd "$host"; exit 1; }
+  local libs
+  libs=$(env "$@" ldd "$host")  # whole, not piped: grep -q would cut ldd short
+  grep -qF "=> $libdir/libtuskel.so.0 " <<<"$libs" ||
+    { echo "FAILED ($how): not linked against the installed library"; echo "$libs"; exit 1; }
   echo "ok: $how"
 }
 
