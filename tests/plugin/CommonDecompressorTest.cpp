@@ -116,14 +116,32 @@ TEST(CommonDecompressor, BrokenArchiveAnswers1AfterHandingOutTheEntry) {
 }
 
 // Nothing thrown inside, by the library or by the host's own code, reaches
-// the host: it becomes result 1 and one error line.
-TEST(CommonDecompressor, ForeignExceptionsStopAtTheBoundary) {
+// the host: it becomes result 1 and one error line, from the handler around
+// the run (52) or around the set-up (63).
+TEST(CommonDecompressor, EveryFailureBecomesResult1AndOneLine) {
     std::string gz = gzipWithTool(patternBytes(1000), "-n");
-    LogCapture log(1);
-    CommonDecompressor decompressor;
-    MemoryHostBuffer input(gz);
-    RecordingEntryProcessor host;
-    host.throwOnGetBuffer = true;
-    EXPECT_EQ(decompressor.decompress(&input, &host), 1);
-    EXPECT_EQ(log.text(), "[ERR][CommonDecompressor:52] Exception[host refuses]\n");
+    struct Case {
+        const char* what;
+        bool throwOnGetBuffer, throwOnRead;
+        long tellBias;
+        const char* line;
+    } cases[] = {
+        {"getBuffer throws", true, false, 0, "[ERR][CommonDecompressor:52] Exception[host refuses]\n"},
+        {"read throws", false, true, 0, "[ERR][CommonDecompressor:63] Exception[std::bad_alloc]\n"},
+        // The trailer is looked for past the real end.
+        {"size overstated", false, false, 100, "[ERR][CommonDecompressor:63] Exception[unexpected EOF]\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        LogCapture log(1);
+        CommonDecompressor decompressor;
+        MemoryHostBuffer input(gz);
+        input.throwOnRead = c.throwOnRead;
+        input.tellBias = c.tellBias;
+        RecordingEntryProcessor host;
+        host.throwOnGetBuffer = c.throwOnGetBuffer;
+        EXPECT_EQ(decompressor.decompress(&input, &host), 1);
+        EXPECT_EQ(log.text(), c.line);
+        EXPECT_EQ(host.finished, 0);
+    }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 
 #include "support/TestFiles.h"
@@ -10,6 +11,7 @@ namespace tuskel_test {
 
 int MemoryHostBuffer::read(char* buf, int len) {
     ++calls;
+    if (throwOnRead) throw std::bad_alloc();
     long left = static_cast<long>(data.size()) - position;
     int n = static_cast<int>(std::max(0L, std::min<long>({left, len, maxRead})));
     if (n > 0) std::memcpy(buf, data.data() + position, n);
@@ -40,7 +42,7 @@ long MemoryHostBuffer::seek(int origin, long offset) { return _seek(origin, offs
 
 long MemoryHostBuffer::tell() {
     ++calls;
-    return position;
+    return position + tellBias;
 }
 
 long EndSeekZeroHostBuffer::seek(int origin, long offset) {

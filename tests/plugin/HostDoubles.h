@@ -26,6 +26,8 @@ public:
     long position = 0;
     int maxRead = 1 << 30;  // hands out at most this many bytes per read
     long failSeekAt = -1;   // a seek to this offset answers -1 and stays put
+    long tellBias = 0;      // added to every tell(): a host that misstates its size
+    bool throwOnRead = false;  // read() throws std::bad_alloc
     int calls = 0;          // every host operation
 
 protected:
