@@ -27,7 +27,7 @@
 
 #include "MemoryHost.h"
 #include "io/BufferBaseOutputStream.h"
-#include "support/TestStreams.h"
+#include "io/ContinuousMemBufferBase.h"
 #include "unarchiver/GzipUnarchiver.h"
 
 using namespace QRN_SPACE;
@@ -224,7 +224,9 @@ int main(int argc, char** argv) {
 
     // Every output is touched before the first round.
     std::string outA(data.size(), '\0'), outB(data.size(), '\0');
-    tuskel_test::StringBuffer inC(gz), outC(std::string(data.size(), '\0'));
+    ContinuousMemBufferBase inC(static_cast<long>(gz.size())), outC(static_cast<long>(data.size()));
+    inC.append(gz.data(), static_cast<int>(gz.size()));
+    outC.write(0, std::string(data.size(), '\0').data(), static_cast<int>(data.size()));
     std::string memoryD(data.size(), '\0');
     tuskel_bench::MemoryOutput outD(&memoryD[0], memoryD.size());
     CommonDecompressor decompressor;
@@ -238,7 +240,7 @@ int main(int argc, char** argv) {
              IntoBuffer processor(&outC);
              GzipUnarchiver(&inC, processor, nullptr).start();
          },
-         [&] { return outC.data() == data; }, {}},
+         [&] { return std::string(outC.getMemAddress(), static_cast<size_t>(outC.getSize())) == data; }, {}},
         {"d decompress",
          [&] {
              tuskel_bench::MemoryInput in(gz.data(), gz.size());
