@@ -3,12 +3,15 @@
 //   a  zlib inflate straight into the output
 //   b  zlib with the driver's shape: 33,792-byte reads, 51,200-byte blocks copied out
 //   c  GzipUnarchiver + DeflateDecompressor over pre-touched memory buffers
+//   d  CommonDecompressor::decompress end to end, as a host calls it: a
+//      memory-backed CommonBuffer in, a pre-touched one out, no logger
 // and the per-round throughput ratios of every variant after a and b
 // against both. Another variant joins the rounds with one more entry in
 // `variants`. Absolute speeds drift on a shared machine; ratios within a
 // round do not.
 //
 //   gzip_inflate_bench [rounds] [megabytes]
+//   gzip_inflate_bench --save FILE [megabytes]   writes the gzip input and exits
 #include <zlib.h>
 
 #include <algorithm>
@@ -22,8 +25,9 @@
 #include <string>
 #include <vector>
 
+#include "MemoryHost.h"
 #include "io/BufferBaseOutputStream.h"
-#include "support/TestStreams.h"
+#include "io/ContinuousMemBufferBase.h"
 #include "unarchiver/GzipUnarchiver.h"
 
 using namespace QRN_SPACE;
@@ -199,7 +203,19 @@ double median(std::vector<double> v) {
 
 }  // namespace
 
+// Writes the benchmark's gzip input to a file, for measurements made by
+// other processes.
+int save(const char* path, size_t megabytes) {
+    std::string gz = gzipOf(makeData(megabytes << 20));
+    FILE* f = std::fopen(path, "wb");
+    check(f != nullptr && std::fwrite(gz.data(), 1, gz.size(), f) == gz.size() && std::fclose(f) == 0, path);
+    return 0;
+}
+
 int main(int argc, char** argv) {
+    if (argc > 2 && std::strcmp(argv[1], "--save") == 0) {
+        return save(argv[2], argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 64);
+    }
     int rounds = argc > 1 ? std::atoi(argv[1]) : 9;
     size_t megabytes = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 64;
     std::string data = makeData(megabytes << 20);
@@ -208,7 +224,13 @@ int main(int argc, char** argv) {
 
     // Every output is touched before the first round.
     std::string outA(data.size(), '\0'), outB(data.size(), '\0');
-    tuskel_test::StringBuffer inC(gz), outC(std::string(data.size(), '\0'));
+    ContinuousMemBufferBase inC(static_cast<long>(gz.size())), outC(static_cast<long>(data.size()));
+    inC.append(gz.data(), static_cast<int>(gz.size()));
+    outC.write(0, std::string(data.size(), '\0').data(), static_cast<int>(data.size()));
+    std::string memoryD(data.size(), '\0');
+    tuskel_bench::MemoryOutput outD(&memoryD[0], memoryD.size());
+    CommonDecompressor decompressor;
+    decompressor.setLogger(0, nullptr);
 
     std::vector<Variant> variants = {
         {"a zlib direct", [&] { inflateDirect(gz, &outA[0], outA.size()); }, [&] { return outA == data; }, {}},
@@ -218,7 +240,14 @@ int main(int argc, char** argv) {
              IntoBuffer processor(&outC);
              GzipUnarchiver(&inC, processor, nullptr).start();
          },
-         [&] { return outC.data() == data; }, {}},
+         [&] { return std::string(outC.getMemAddress(), static_cast<size_t>(outC.getSize())) == data; }, {}},
+        {"d decompress",
+         [&] {
+             tuskel_bench::MemoryInput in(gz.data(), gz.size());
+             tuskel_bench::PreparedEntries entries(outD);
+             check(decompressor.decompress(&in, &entries) == 0 && entries.offered == 1, "decompress (d)");
+         },
+         [&] { return memoryD == data && outD.size() == static_cast<long>(data.size()); }, {}},
     };
 
     for (int round = 0; round < rounds; ++round) {

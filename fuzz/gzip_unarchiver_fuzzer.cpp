@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "io/ContinuousMemBufferBase.h"
 #include "support/TestStreams.h"
 #include "unarchiver/GzipUnarchiver.h"
 
@@ -30,7 +31,8 @@ struct Recorder : QRN_SPACE::ArchiveEntryProcessor {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    tuskel_test::StringBuffer buffer(std::string(reinterpret_cast<const char*>(data), size));
+    QRN_SPACE::ContinuousMemBufferBase buffer(static_cast<long>(size));
+    buffer.append(reinterpret_cast<const char*>(data), static_cast<int>(size));
     Recorder recorder;
     try {
         QRN_SPACE::GzipUnarchiver(&buffer, recorder, nullptr).start();

@@ -1,6 +1,7 @@
 #include "util/Mutex.h"
 
 #include <ctime>
+#include <limits>
 
 namespace QRN_SPACE {
 
@@ -26,7 +27,11 @@ int Condition::wait() { return pthread_cond_wait(&_cond, &_mutex->_mutex); }
 
 int Condition::wait(int seconds) {
     struct timespec deadline;
-    deadline.tv_sec = time(nullptr) + seconds;
+    time_t now = time(nullptr);
+    // Whole seconds only. time_t is 32-bit on i386: a far deadline saturates
+    // instead of overflowing into the past.
+    const time_t latest = std::numeric_limits<time_t>::max();
+    deadline.tv_sec = (seconds > 0 && now > latest - seconds) ? latest : now + seconds;
     deadline.tv_nsec = 0;
     return pthread_cond_timedwait(&_cond, &_mutex->_mutex, &deadline);
 }
