@@ -3,8 +3,8 @@
 // with the entry index to reach skip, raw copy, abort and inflation.
 #include <cstdint>
 #include <memory>
-#include <string>
 
+#include "io/ContinuousMemBufferBase.h"
 #include "support/TestStreams.h"
 #include "unarchiver/ZipUnarchiver.h"
 
@@ -36,7 +36,8 @@ struct Processor : QRN_SPACE::ArchiveEntryProcessor {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    tuskel_test::StringBuffer buffer(std::string(reinterpret_cast<const char*>(data), size));
+    QRN_SPACE::ContinuousMemBufferBase buffer(static_cast<long>(size));
+    buffer.append(reinterpret_cast<const char*>(data), static_cast<int>(size));
     Processor processor;
     try {
         QRN_SPACE::ZipUnarchiver(&buffer, processor, nullptr).start();

@@ -115,4 +115,71 @@ std::vector<std::string> Recorder::names() const {
     return out;
 }
 
+namespace {
+
+// Python's zipfile: to files and to a stream that cannot seek, and archives
+// with one entry that cannot be unpacked (bzip2, a 513-byte name) between
+// good ones.
+const char* const kPythonScript = R"PY(
+import io, zipfile
+class Unseekable(io.RawIOBase):
+    def __init__(self): self.data = bytearray()
+    def writable(self): return True
+    def write(self, b): self.data += b; return len(b)
+text = b"".join(b"line %d of a python entry\n" % i for i in range(3000))
+def fill(z, mode, first):
+    z.writestr("first.txt", text[:5000], first)
+    z.writestr("deflated.txt", text, mode)
+    z.writestr("small.txt", b"tiny", mode)
+for name, mode in (("py_stored", zipfile.ZIP_STORED), ("py_deflated", zipfile.ZIP_DEFLATED)):
+    with zipfile.ZipFile(name + ".zip", "w", mode) as z: fill(z, mode, zipfile.ZIP_STORED)
+    out = Unseekable()
+    with zipfile.ZipFile(out, "w", mode) as z: fill(z, mode, mode)
+    open(name + "_stream.zip", "wb").write(out.data)
+def broken(name, middle, mode):
+    with zipfile.ZipFile(name, "w", zipfile.ZIP_DEFLATED) as z:
+        z.writestr("a.txt", text[:3000])
+        z.writestr(middle, text[:2000], mode)
+        z.writestr("c.txt", text[:1000], zipfile.ZIP_STORED)
+        z.writestr("d.txt", text)
+broken("bzip2.zip", "b.txt", zipfile.ZIP_BZIP2)
+broken("longname.zip", "b" * 513, zipfile.ZIP_DEFLATED)
+broken("good.zip", "b.txt", zipfile.ZIP_DEFLATED)
+# b's data: 160 bytes that no reader takes for a record, then three central
+# records; the third points at offset 0.
+import struct
+record = struct.pack("<IHHHHIIIIHHHHHII", 0x02014B50, 20, 20, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0) + b"x"
+with zipfile.ZipFile("planted.zip", "w", zipfile.ZIP_DEFLATED) as z:
+    z.writestr("a.txt", text[:3000])
+    z.writestr("b.txt", bytes(160) + record * 3, zipfile.ZIP_STORED)
+    z.writestr("c.txt", text[:1000])
+    z.writestr("d.txt", text)
+)PY";
+
+}  // namespace
+
+tuskel_test::TempDir* ZipArchives::dir = nullptr;
+
+void ZipArchives::SetUpTestSuite() {
+    dir = new tuskel_test::TempDir();
+    ziptest::makeTree(dir->path());
+    std::string d = shellQuote(dir->path());
+    ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q -r ../zip.zip . && zip -q -r -0 ../zip0.zip ."
+                                      " && zip -q -r - . | cat > ../pipe.zip"),
+              0);
+    ziptest::python(dir->path(), kPythonScript);
+    // An encrypted entry between good ones, by Info-ZIP itself.
+    ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q ../enc.zip hello.txt"
+                                      " && zip -q -P pw ../enc.zip random.bin"
+                                      " && zip -q ../enc.zip sub/text.txt sub/deeper/one.bin"),
+              0);
+}
+
+void ZipArchives::TearDownTestSuite() {
+    delete dir;
+    dir = nullptr;
+}
+
+std::string ZipArchives::path(const std::string& name) { return dir->file(name); }
+
 }  // namespace ziptest

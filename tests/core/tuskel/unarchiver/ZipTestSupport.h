@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "support/TestFiles.h"
 
 namespace ziptest {
@@ -36,6 +38,20 @@ std::string unzipEntry(const std::string& archive, const std::string& name);
 // Writes a small tree (text, random bytes, an empty file, a directory, a
 // nested file) under dir/root and answers the relative paths of its files.
 std::vector<std::string> makeTree(const std::string& dir);
+
+// The archives the ZIP tests read, made once per test program by zip and
+// Python: zip.zip (deflated), zip0.zip (stored), pipe.zip (written to a pipe:
+// data descriptors) of a small tree with directories and an empty file;
+// py_stored, py_deflated and their _stream variants (written to a stream
+// that cannot seek); good.zip, bzip2.zip, longname.zip and enc.zip (entries
+// a..d, with b unpackable only in good.zip); planted.zip (see its test).
+class ZipArchives : public ::testing::Test {
+protected:
+    static void SetUpTestSuite();
+    static void TearDownTestSuite();
+    static std::string path(const std::string& name);
+    static tuskel_test::TempDir* dir;
+};
 
 }  // namespace ziptest
 
