@@ -52,7 +52,7 @@ public:
     std::string comment;
     int flags = 0;
     int versionNeeded = 0;
-    std::vector<std::unique_ptr<ZipCentralDir>> centralDirs;  // in file order
+    std::vector<ZipCentralDir> centralDirs;  // in file order
     ZipEndCentralDir endCentralDir;
     bool centralDirRead = false;
     // Recorded with the directory for the final entry of a walk.

@@ -36,9 +36,14 @@ bool ZipCentralDir::read(InputStream& in) {
     externalAttributes = IOUtils::readUInt(h + Z::CENATX);    // external attributes
     localHeaderOffset = IOUtils::readUInt(h + Z::CENOFF);     // local header offset
     if (nameLength < 1) throwAt<IOException>("empty file name in central directory", {kSource, kLineEmptyName});
-    name = zipfields::read(in, nameLength);
-    extra = zipfields::read(in, extraLength);
-    comment = zipfields::read(in, commentLength);
+    // Name, extra field and comment follow each other: one read for all.
+    int variable = nameLength + extraLength + commentLength;
+    zipfields::Block block(variable);
+    char* p = block.get();
+    zipfields::read(in, p, variable, variable);
+    name.assign(p, static_cast<size_t>(nameLength));
+    extra.assign(p + nameLength, static_cast<size_t>(extraLength));
+    comment.assign(p + nameLength + extraLength, static_cast<size_t>(commentLength));
     return true;
 }
 

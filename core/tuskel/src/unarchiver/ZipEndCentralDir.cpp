@@ -34,7 +34,9 @@ bool ZipEndCentralDir::read(InputStream& in) {
     directorySize = IOUtils::readUInt(h + Z::ENDSIZ);      // directory size in bytes
     directoryOffset = IOUtils::readUInt(h + Z::ENDOFF);    // directory offset
     int commentLength = IOUtils::readUShort(h + Z::ENDCOM);  // comment length
-    comment = zipfields::read(in, commentLength);
+    zipfields::Block block(commentLength);
+    zipfields::read(in, block.get(), commentLength, commentLength);
+    comment.assign(block.get(), static_cast<size_t>(commentLength));
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "unarchiver/ZipInfo.h"
 
+#include <cstring>
 #include <new>
 
 #include "unarchiver/ZipConstants.h"
@@ -12,9 +13,9 @@ namespace {
 
 // Where the exceptions thrown here say they come from.
 const char* const kSource = "../../core/tuskel/src/unarchiver/ZipInfo";
-const int kLineEncrypted = 34;
-const int kLineBadName = 43;
-const int kLineNoMemory = 54;
+const int kLineEncrypted = 35;
+const int kLineBadName = 44;
+const int kLineNoMemory = 60;
 const int kSignatureSize = 4;
 
 typedef ZipConstants Z;
@@ -48,11 +49,16 @@ bool ZipInfo::read(InputStream& in, bool headerOnly) {
     // fixed part however the stream delivered it.
     in.reset();
     in.skip(Z::LOCHDR);
-    name = zipfields::read(in, nameLength);
+    // Name and extra field in one read; the name must arrive whole, a short
+    // extra field is not an error.
+    zipfields::Block block(nameLength + extraLength);
+    char* p = block.get();
+    int got = zipfields::read(in, p, nameLength + extraLength, nameLength);
+    name.assign(p, static_cast<size_t>(nameLength));
     if (extraLength > 0) {
-        extra.reset(new (std::nothrow) char[static_cast<size_t>(extraLength)]);
+        extra.reset(new (std::nothrow) char[static_cast<size_t>(extraLength)]());
         if (!extra) throwAt<OutOfMemoryException>("Out of memory", {kSource, kLineNoMemory});
-        IOUtils::readFull(in, extra.get(), extraLength);  // a short extra field is not an error
+        std::memcpy(extra.get(), p + nameLength, static_cast<size_t>(got - nameLength));
     }
     return true;
 }
@@ -80,10 +86,11 @@ int ZipInfo::readCentralDirs(InputStream& in, int count) {
     centralDirRead = true;
     flags = 0;
     int good = 0;
+    if (count > 0) centralDirs.reserve(centralDirs.size() + static_cast<size_t>(count));
     // At most `count` reads; every record that reads consumes its 46 bytes.
     for (int i = 0; i < count; ++i) {
-        centralDirs.emplace_back(new ZipCentralDir());
-        if (centralDirs.back()->read(in)) ++good;
+        centralDirs.emplace_back();
+        if (centralDirs.back().read(in)) ++good;
     }
     return good;
 }

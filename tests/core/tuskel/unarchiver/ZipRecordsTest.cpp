@@ -195,7 +195,7 @@ TEST(ZipCentralDirRead, RecordsMatchWhatZipfileRecorded) {
         EXPECT_TRUE(info.centralDirRead);
         ASSERT_EQ(info.centralDirs.size(), listed.size() + 2);  // the failed reads stay
         for (size_t i = 0; i < listed.size(); ++i) {
-            const ZipCentralDir& d = *info.centralDirs[i];
+            const ZipCentralDir& d = info.centralDirs[i];
             const auto& e = listed[i];
             EXPECT_EQ(d.name, e.name);
             EXPECT_EQ(d.crc, e.crc);
@@ -207,7 +207,7 @@ TEST(ZipCentralDirRead, RecordsMatchWhatZipfileRecorded) {
             EXPECT_EQ(d.extra, e.extra);
             EXPECT_EQ(d.comment, e.comment);
         }
-        EXPECT_EQ(info.centralDirs.back()->name, "");
+        EXPECT_EQ(info.centralDirs.back().name, "");
     }
 
     // getNextDir: the record with the given index, -1 past the end, a

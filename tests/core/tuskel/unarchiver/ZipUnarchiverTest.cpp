@@ -110,7 +110,7 @@ void expectLikeUnzip(const Reference& ref, const Recorder& r) {
     EXPECT_EQ(dir.localEntries, static_cast<int>(listed.size()));
     EXPECT_EQ(dir.centralEntries, static_cast<int>(listed.size()));
     ASSERT_EQ(dir.centralDirs.size(), listed.size());
-    for (size_t i = 0; i < listed.size(); ++i) EXPECT_EQ(dir.centralDirs[i]->name, listed[i].name);
+    for (size_t i = 0; i < listed.size(); ++i) EXPECT_EQ(dir.centralDirs[i].name, listed[i].name);
     EXPECT_EQ(dir.endCentralDir.totalEntries, static_cast<int>(listed.size()));
 }
 
