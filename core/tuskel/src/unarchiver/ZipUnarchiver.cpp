@@ -20,8 +20,8 @@ const int kLineAborted = 143;
 const int kLineShrink = 183;
 const int kLineImplode = 185;
 const int kLineUnknown = 188;
-const int kLineRestartMemory = 236;
-const int kLineNoEndRecord = 239;
+const int kLineRestartMemory = 237;
+const int kLineNoEndRecord = 240;
 
 // What checkFormat marks: a local header and then some.
 const int kFormatCheckLimit = 128;
@@ -222,9 +222,10 @@ void ZipUnarchiver::_finish(std::unique_ptr<ZipEntryInfo> entry, int& action) {
 }
 
 // Bounds: restart() runs at most once per walk (a later failure is contained
-// as over a plain stream: the rest of the archive has been walked already)
-// and is never re-entered: the second unarchiver reads a stream, not a
-// buffer. Its loop ends once the second unarchiver's counter, which every
+// as over a plain stream, since the first restart has already walked on
+// from the directory; repeating it for every failure would walk the rest
+// of the archive once per failed entry) and is never re-entered: the second
+// unarchiver reads a stream, not a buffer. Its loop ends once the second unarchiver's counter, which every
 // start() raises by at least one, passes the directory's total (at most
 // 65,535); and a round after the first runs only if it resumes beyond the
 // directory records just read, so those rounds read disjoint, ascending

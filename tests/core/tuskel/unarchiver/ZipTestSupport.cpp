@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "support/TestStreams.h"
-#include "ZipRecorder.h"
 
 using tuskel_test::commandOutput;
 using tuskel_test::runCommand;
@@ -62,7 +61,11 @@ std::string unzipEntry(const std::string& archive, const std::string& name) {
     return commandOutput("unzip -p " + shellQuote(archive) + " " + shellQuote(name));
 }
 
-std::vector<std::string> makeTree(const std::string& dir) {
+namespace {
+
+// A small tree under dir/root: text, random bytes, an empty file, an empty
+// directory and nested files.
+void makeTree(const std::string& dir) {
     std::string root = dir + "/root";
     runCommand("mkdir -p " + shellQuote(root + "/sub/deeper") + " " + shellQuote(root + "/emptydir"));
     std::vector<std::pair<std::string, std::string>> files = {
@@ -72,17 +75,10 @@ std::vector<std::string> makeTree(const std::string& dir) {
         {"sub/text.txt", std::string(100000, 'a') + "tail"},
         {"sub/deeper/one.bin", tuskel_test::patternBytes(1, 3)},
     };
-    std::vector<std::string> names;
-    for (auto& f : files) {
-        tuskel_test::writeFile(root + "/" + f.first, f.second);
-        names.push_back(f.first);
-    }
-    return names;
+    for (auto& f : files) tuskel_test::writeFile(root + "/" + f.first, f.second);
 }
 
-}  // namespace ziptest
-
-namespace ziptest {
+}  // namespace
 
 void Recorder::releaseSession() {
     calls.push_back("release");
@@ -100,13 +96,9 @@ QRN_SPACE::OutputStream* Recorder::processEntry(QRN_SPACE::ArchiveEntryInfo* inf
     calls.push_back("entry " + info->name);
     int answer = decide(*info);
     if (answer != kLeaveAlone) action = answer;
-    tuskel_test::CollectingOutputStream* out = nullptr;
-    if (!streamsOnlyWithSize || info->usize > 0) {
-        _outs.emplace_back(new tuskel_test::CollectingOutputStream());
-        out = _outs.back().get();
-    }
-    seen.push_back({info, info->algorithm, out});
-    return out;
+    _outs.emplace_back(new tuskel_test::CollectingOutputStream());
+    seen.push_back({info, info->algorithm, _outs.back().get()});
+    return _outs.back().get();
 }
 
 std::vector<std::string> Recorder::names() const {
@@ -162,7 +154,7 @@ tuskel_test::TempDir* ZipArchives::dir = nullptr;
 
 void ZipArchives::SetUpTestSuite() {
     dir = new tuskel_test::TempDir();
-    ziptest::makeTree(dir->path());
+    makeTree(dir->path());
     std::string d = shellQuote(dir->path());
     ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q -r ../zip.zip . && zip -q -r -0 ../zip0.zip ."
                                       " && zip -q -r - . | cat > ../pipe.zip"),

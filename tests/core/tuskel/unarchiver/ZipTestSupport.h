@@ -4,12 +4,16 @@
 // Archives made by real tools at test time, and what those tools say about
 // them, for the ZIP tests.
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/TestFiles.h"
+#include "support/TestStreams.h"
+#include "unarchiver/Tuskel.h"
 
 namespace ziptest {
 
@@ -35,9 +39,40 @@ std::vector<Listed> listEntries(const std::string& archive);
 // The bytes unzip -p writes for one entry.
 std::string unzipEntry(const std::string& archive, const std::string& name);
 
-// Writes a small tree (text, random bytes, an empty file, a directory, a
-// nested file) under dir/root and answers the relative paths of its files.
-std::vector<std::string> makeTree(const std::string& dir);
+// An entry processor that keeps every entry it is given (it owns them), hands
+// each a collecting stream, answers what `decide` says, and logs the calls:
+// "begin", "end", "release", and "entry <name>".
+class Recorder : public QRN_SPACE::ArchiveEntryProcessor {
+public:
+    // Returned by `decide` to leave the action variable untouched.
+    static const int kLeaveAlone = 1000;
+
+    struct Seen {
+        QRN_SPACE::ArchiveEntryInfo* info;   // owned by the recorder
+        int algorithmOffered;               // as processEntry saw it
+        tuskel_test::CollectingOutputStream* out;
+    };
+
+    std::function<int(QRN_SPACE::ArchiveEntryInfo&)> decide = [](QRN_SPACE::ArchiveEntryInfo&) {
+        return QRN_SPACE::ArchiveConstants::ACTION_DECOMPRESS;
+    };
+
+    std::vector<std::string> calls;
+    std::vector<Seen> seen;
+    std::vector<std::string> contained;  // messages of the exceptions held while releaseSession() ran
+
+    void beginUnarchiving() override { calls.push_back("begin"); }
+    void endUnarchiving() override { calls.push_back("end"); }
+    void releaseSession() override;
+    QRN_SPACE::OutputStream* processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) override;
+
+    // Names of the entries offered, in order; the final entry shows as "".
+    std::vector<std::string> names() const;
+
+private:
+    std::vector<std::unique_ptr<QRN_SPACE::ArchiveEntryInfo>> _kept;
+    std::vector<std::unique_ptr<tuskel_test::CollectingOutputStream>> _outs;
+};
 
 // The archives the ZIP tests read, made once per test program by zip and
 // Python: zip.zip (deflated), zip0.zip (stored), pipe.zip (written to a pipe:

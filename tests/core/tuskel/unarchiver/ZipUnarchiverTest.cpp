@@ -13,7 +13,6 @@
 #include "unarchiver/ZipConstants.h"
 #include "unarchiver/ZipUnarchiver.h"
 #include "utils/IOUtils.h"
-#include "ZipRecorder.h"
 #include "ZipTestSupport.h"
 
 using namespace QRN_SPACE;
@@ -93,6 +92,8 @@ void expectLikeUnzip(const Reference& ref, const Recorder& r) {
         EXPECT_EQ(s.info->crc, e.crc);
         EXPECT_EQ(static_cast<unsigned>(s.info->size), e.compressedSize);
         EXPECT_EQ(static_cast<unsigned>(s.info->usize), e.size);
+        EXPECT_EQ(zipInfoOf(s).time, e.dosTime);
+        EXPECT_EQ(ZipArchiveProcessor().process(s.info), (e.flags & ZipConstants::FLAG_DATA_DESCRIPTOR) == 0);
         if (e.compressedSize == 0) {
             EXPECT_EQ(s.info->algorithm, A::ALGORITHM_STORED);
             EXPECT_TRUE(s.out->writes.empty());  // a stream answered for an empty entry is not written to
@@ -117,6 +118,9 @@ void expectLikeUnzip(const Reference& ref, const Recorder& r) {
 }  // namespace
 
 TEST_F(ZipArchives, ArchivesOfRealToolsUnpackLikeUnzip) {
+    ArchiveEntryInfo notZip;  // sizes "known first" only for a ZIP entry that says so
+    EXPECT_FALSE(ZipArchiveProcessor().process(&notZip));
+    EXPECT_FALSE(ZipArchiveProcessor().process(nullptr));
     // pipe.zip and *_stream.zip carry data descriptors after deflated data.
     for (const char* name : {"zip.zip", "zip0.zip", "pipe.zip", "py_stored.zip", "py_deflated.zip",
                              "py_deflated_stream.zip"}) {
@@ -132,25 +136,6 @@ TEST_F(ZipArchives, ArchivesOfRealToolsUnpackLikeUnzip) {
             }
         }
     }
-}
-
-TEST_F(ZipArchives, StoredEntriesBehindDescriptorsCannotBePassedOver) {
-    // Python writes a stored entry to an unseekable stream with its sizes
-    // only after the data: nothing tells where the data ends, so the walk
-    // loses its way after the first entry and ends with the final entry.
-    std::string data = readFile(path("py_stored_stream.zip"));
-    Recorder r;
-    unpack(data, r, kOverStream);
-    ASSERT_EQ(r.names(), (std::vector<std::string>{"first.txt", ""}));
-    EXPECT_EQ(r.seen[0].out->data, "");
-}
-
-TEST_F(ZipArchives, BeginAndEndAroundEveryEntryAndTheFinalOne) {
-    Recorder r;
-    unpack(readFile(path("good.zip")), r, kOverStream);
-    EXPECT_EQ(r.calls, (std::vector<std::string>{"begin", "entry a.txt", "end", "begin", "entry b.txt", "end", "begin",
-                                                 "entry c.txt", "end", "begin", "entry d.txt", "end", "begin",
-                                                 "entry ", "end"}));
 }
 
 TEST_F(ZipArchives, ActionCodes) {
@@ -176,7 +161,10 @@ TEST_F(ZipArchives, ActionCodes) {
         Recorder r;
         r.decide = [&](ArchiveEntryInfo&) { return c.action; };
         unpack(data, r, kOverStream, 7);
-        ASSERT_EQ(r.names(), (std::vector<std::string>{"a.txt", "b.txt", "c.txt", "d.txt", ""}));
+        // beginUnarchiving and endUnarchiving around every entry, the final one too.
+        EXPECT_EQ(r.calls, (std::vector<std::string>{"begin", "entry a.txt", "end", "begin", "entry b.txt", "end",
+                                                     "begin", "entry c.txt", "end", "begin", "entry d.txt", "end",
+                                                     "begin", "entry ", "end"}));
         for (size_t i = 0; i < 4; ++i) EXPECT_EQ(r.seen[i].out->data, c.expected(i)) << i;
         EXPECT_EQ(zipInfoOf(r.seen.back()).centralEntries, 4);
     }
@@ -307,10 +295,6 @@ TEST_F(ZipArchives, WhateverTheDirectoryClaimsTheWalkEnds) {
         return s;
     };
     unsigned bAt = ziptest::listEntries(path("bzip2.zip"))[1].headerOffset;
-    // The directory and end record once more behind the archive, claiming
-    // 65,535 entries: without a rule every round would find c again.
-    std::string repeated = data + data.substr(dirStart);
-    repeated = withTotal(repeated, repeated.size() - (data.size() - end), 65535);
     std::string pointingAtEnd = data;
     IOUtils::writeUInt(&pointingAtEnd[end + ZipConstants::ENDOFF], static_cast<long>(end));
     struct Case {
@@ -343,18 +327,6 @@ TEST_F(ZipArchives, WhateverTheDirectoryClaimsTheWalkEnds) {
     unpack(planted, refused, kOverBuffer);
     EXPECT_EQ(refused.names(), (std::vector<std::string>{"a.txt", "b.txt", "b.txt", "", ""}));
 
-    // A second round is refused when it would go back to c; one that lands
-    // further on (reset() returns to the second walk's last mark, intended)
-    // finds only the end of the buffer.
-    Recorder again;
-    unpack(repeated, again, kOverBuffer);
-    std::vector<std::string> names = again.names();
-    ASSERT_GE(names.size(), 6u);
-    EXPECT_LE(names.size(), 8u);
-    EXPECT_EQ(std::vector<std::string>(names.begin(), names.begin() + 5),
-              (std::vector<std::string>{"a.txt", "b.txt", "c.txt", "d.txt", ""}));
-    for (size_t i = 5; i < names.size(); ++i) EXPECT_EQ(names[i], "");
-
     // No end record at all: the restart itself fails and says so.
     Recorder r;
     try {
@@ -365,64 +337,60 @@ TEST_F(ZipArchives, WhateverTheDirectoryClaimsTheWalkEnds) {
     }
 }
 
-TEST_F(ZipArchives, CheckFormatReadsOneLocalHeaderAndRestoresThePosition) {
+TEST_F(ZipArchives, IdentifiedByOneLocalHeaderAfterGzip) {
     std::string d = shellQuote(dir->path());
-    ASSERT_EQ(tuskel_test::runCommand("cd " + d + "/root && zip -q -P pw ../enc-first.zip hello.txt"
-                                      " && gzip -c hello.txt > ../hello.gz"),
+    ASSERT_EQ(tuskel_test::runCommand("cd " + d + " && gzip -c zip.zip > zip.zip.gz && cd root &&"
+                                      " zip -q -P pw ../enc-first.zip hello.txt"),
               0);
-    ziptest::python(dir->path(), R"(
-import zipfile
-with zipfile.ZipFile("long-first.zip", "w") as z: z.writestr("n" * 513, b"x")
-zipfile.ZipFile("empty.zip", "w").close()
-)");
+    ASSERT_NE(ArchiveFactory::factory, nullptr);
+    ASSERT_GE(ArchiveFactory::factory->size(), 2u);
+    ArchiveId* gzipId = (*ArchiveFactory::factory)[0];
+    ArchiveId* zipId = (*ArchiveFactory::factory)[1];
     std::string zip = readFile(path("zip.zip"));
     struct Case {
         std::string what;
         std::string data;
-        std::string outcome;
-        size_t position;
+        std::string checked;  // what checkFormat answers or throws
+        size_t position;      // where it leaves the stream
+        ArchiveId* identified;
     } cases[] = {
-        {"zip", zip, "true", 0},
-        {"zip written to a pipe", readFile(path("pipe.zip")), "true", 0},
-        {"gzip", readFile(path("hello.gz")), "false", 0},
-        {"empty archive", readFile(path("empty.zip")), "false", 0},
-        {"29 bytes", zip.substr(0, 29), "false", 0},
-        {"self-extractor stub", "MZ" + std::string(200, '\0') + zip, "false", 0},
-        {"encrypted first entry", readFile(path("enc-first.zip")), "encrypted ZIP entry", 30},
-        {"513-byte first name", readFile(path("long-first.zip")), "bad entry name", 30},
+        {"zip", zip, "true", 0, zipId},
+        {"zip written to a pipe", readFile(path("pipe.zip")), "true", 0, zipId},
+        {"gzip holding a zip", readFile(path("zip.zip.gz")), "false", 0, gzipId},
+        {"self-extractor stub", "MZ" + std::string(200, '\0') + zip, "false", 0, &ARCHIVEID_NONE},
+        {"encrypted first entry", readFile(path("enc-first.zip")), "encrypted ZIP entry", 30, &ARCHIVEID_NONE},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         ChunkedInputStream in(c.data, 1);
-        std::string outcome;
+        std::string checked;
         try {
-            outcome = ZipUnarchiver::checkFormat(in) ? "true" : "false";
+            checked = ZipUnarchiver::checkFormat(in) ? "true" : "false";
         } catch (ArchivingException& e) {
-            outcome = e.getMessage();
+            checked = e.getMessage();
         }
-        EXPECT_EQ(outcome, c.outcome);
+        EXPECT_EQ(checked, c.checked);
         EXPECT_EQ(in.position(), c.position);
+        ChunkedInputStream again(c.data, 7);
+        EXPECT_EQ(ArchiveFactory::identify(again), c.identified);
     }
+
+    // Both forms of the ZIP unarchiver, and a fresh CRC object each time.
+    ArchiveEntryProcessor processor;
+    ChunkedInputStream in(zip);
+    std::unique_ptr<Unarchiver> overStream(zipId->unarchiver(&in, processor, nullptr));
+    EXPECT_NE(dynamic_cast<ZipUnarchiver*>(overStream.get()), nullptr);
+    StringBuffer buffer(zip);
+    std::unique_ptr<Unarchiver> overBuffer(zipId->unarchiver(&buffer, processor, nullptr));
+    EXPECT_NE(dynamic_cast<ZipUnarchiver*>(overBuffer.get()), nullptr);
+    std::unique_ptr<Crc> crc(zipId->crc()), other(zipId->crc());
+    EXPECT_NE(dynamic_cast<Iso3309Crc*>(crc.get()), nullptr);
+    EXPECT_NE(crc.get(), other.get());
 }
 
-TEST_F(ZipArchives, ArchiveProcessorTellsWhetherSizesCameFirst) {
-    ZipArchiveProcessor sizes;
-    for (const char* name : {"zip.zip", "pipe.zip", "py_deflated_stream.zip"}) {
-        SCOPED_TRACE(name);
-        Recorder r;
-        unpack(readFile(path(name)), r, kOverStream);
-        auto listed = ziptest::listEntries(path(name));
-        for (size_t i = 0; i < listed.size(); ++i) {
-            EXPECT_EQ(sizes.process(r.seen[i].info), (listed[i].flags & ZipConstants::FLAG_DATA_DESCRIPTOR) == 0);
-        }
-    }
-    ArchiveEntryInfo notZip;
-    EXPECT_FALSE(sizes.process(&notZip));
-    EXPECT_FALSE(sizes.process(nullptr));
-}
-
-TEST_F(ZipArchives, SkippingPassesOverDataOnlyWhenItsSizeIsKnown) {
-    // The default processor skips every entry.
+TEST_F(ZipArchives, OnlyDataOfKnownSizeCanBePassedOver) {
+    // Skipping (the default processor's answer) passes over every entry
+    // whose size the local header states.
     struct Skipping : ArchiveEntryProcessor {
         std::vector<std::string> names;
         OutputStream* processEntry(ArchiveEntryInfo* info, int& action) override {
@@ -438,36 +406,17 @@ TEST_F(ZipArchives, SkippingPassesOverDataOnlyWhenItsSizeIsKnown) {
     ZipUnarchiver(&in, sized, nullptr).start();
     EXPECT_EQ(sized.names, all);
 
-    // Behind a descriptor nothing tells how far to skip: the walk reads the
-    // data as a descriptor and ends early, but it ends.
+    // Behind a descriptor nothing tells where the data ends: skipping
+    // (pipe.zip), or copying a stored entry written by Python to a stream
+    // that cannot seek, reads the data as a descriptor; the walk loses its
+    // way and ends early, with the final entry.
     Skipping unsized;
     ChunkedInputStream piped(readFile(path("pipe.zip")), 7);
     ZipUnarchiver(&piped, unsized, nullptr).start();
     EXPECT_LT(unsized.names.size(), all.size());
     EXPECT_EQ(unsized.names.back(), "");
-}
-
-TEST_F(ZipArchives, RegisteredAfterGzip) {
-    ASSERT_NE(ArchiveFactory::factory, nullptr);
-    ASSERT_GE(ArchiveFactory::factory->size(), 2u);
-    ArchiveId* zipId = (*ArchiveFactory::factory)[1];
-    std::string d = shellQuote(dir->path());
-    ASSERT_EQ(tuskel_test::runCommand("cd " + d + " && gzip -c zip.zip > zip.zip.gz && cd root && zip -q -P pw ../enc1.zip hello.txt"), 0);
-
-    ChunkedInputStream zip(readFile(path("zip.zip")), 7);
-    EXPECT_EQ(ArchiveFactory::identify(zip), zipId);
-    EXPECT_EQ(zip.position(), 0u);
-    ArchiveEntryProcessor processor;
-    std::unique_ptr<Unarchiver> overStream(zipId->unarchiver(&zip, processor, nullptr));
-    EXPECT_NE(dynamic_cast<ZipUnarchiver*>(overStream.get()), nullptr);
-    StringBuffer buffer(readFile(path("zip.zip")));
-    std::unique_ptr<Unarchiver> overBuffer(zipId->unarchiver(&buffer, processor, nullptr));
-    EXPECT_NE(dynamic_cast<ZipUnarchiver*>(overBuffer.get()), nullptr);
-    std::unique_ptr<Crc> crc(zipId->crc());
-    EXPECT_NE(dynamic_cast<Iso3309Crc*>(crc.get()), nullptr);
-
-    ChunkedInputStream gz(readFile(path("zip.zip.gz")));  // GZIP first, though a ZIP is inside
-    EXPECT_EQ(ArchiveFactory::identify(gz), (*ArchiveFactory::factory)[0]);
-    ChunkedInputStream encrypted(readFile(path("enc1.zip")));  // the ZIP test throws and refuses
-    EXPECT_EQ(ArchiveFactory::identify(encrypted), &ARCHIVEID_NONE);
+    Recorder stored;
+    unpack(readFile(path("py_stored_stream.zip")), stored, kOverStream);
+    ASSERT_EQ(stored.names(), (std::vector<std::string>{"first.txt", ""}));
+    EXPECT_EQ(stored.seen[0].out->data, "");
 }
