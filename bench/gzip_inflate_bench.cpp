@@ -5,13 +5,22 @@
 //   c  GzipUnarchiver + DeflateDecompressor over pre-touched memory buffers
 //   d  CommonDecompressor::decompress end to end, as a host calls it: a
 //      memory-backed CommonBuffer in, a pre-touched one out, no logger
-// and the per-round throughput ratios of every variant after a and b
-// against both. Another variant joins the rounds with one more entry in
-// `variants`. Absolute speeds drift on a shared machine; ratios within a
-// round do not.
+// and, end to end like d, ZIP archives made by Info-ZIP's zip (ZipCorpus.h):
+//   z  one deflated entry holding the same bytes
+//   p  plain zlib over the same 20,000 deflate streams, one after the other
+//   s  20,000 small files (1 B to 8 KiB), deflated
+//   t  the same files stored
+//   m  memcpy of t's stored bytes into the same places
+// with the per-round throughput ratios of every variant after a and b
+// against both (and of s against p, t against m). Another variant joins the rounds with
+// one more entry in `variants`. Absolute speeds drift on a shared machine;
+// ratios within a round do not.
 //
-//   gzip_inflate_bench [rounds] [megabytes]
+//   gzip_inflate_bench [rounds] [megabytes] [zip directory]
 //   gzip_inflate_bench --save FILE [megabytes]   writes the gzip input and exits
+//
+// The ZIP archives are made in the zip directory (default: one under
+// $TMPDIR) and kept there, for timing other unzippers on them.
 #include <zlib.h>
 
 #include <algorithm>
@@ -26,6 +35,7 @@
 #include <vector>
 
 #include "MemoryHost.h"
+#include "ZipCorpus.h"
 #include "io/BufferBaseOutputStream.h"
 #include "io/ContinuousMemBufferBase.h"
 #include "unarchiver/GzipUnarchiver.h"
@@ -177,6 +187,21 @@ void inflateShaped(const std::string& gz, char* out) {
     inflateEnd(&z);
 }
 
+// p: one raw deflate stream of a ZIP entry, as plain zlib would unpack it.
+void inflateEntry(const char* in, size_t inSize, char* out, size_t outSize) {
+    z_stream z{};
+    check(inflateInit2(&z, -MAX_WBITS) == Z_OK, "inflateInit2");
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(in));
+    z.avail_in = static_cast<uInt>(inSize);
+    z.next_out = reinterpret_cast<Bytef*>(out);
+    z.avail_out = static_cast<uInt>(outSize);
+    int r;
+    while ((r = inflate(&z, Z_NO_FLUSH)) == Z_OK) {
+    }
+    check(r == Z_STREAM_END, "inflate (p)");
+    inflateEnd(&z);
+}
+
 // c: the library's own path; the host buffer stands in as a memory buffer.
 struct IntoBuffer : ArchiveEntryProcessor {
     explicit IntoBuffer(BufferBase* buffer) : stream(buffer) {}
@@ -190,11 +215,23 @@ struct IntoBuffer : ArchiveEntryProcessor {
 };
 
 struct Variant {
+    Variant(const char* name, std::function<void()> run, std::function<bool()> verify, size_t bytes,
+            int baseline = -1, bool compared = true)
+        : name(name), run(std::move(run)), verify(std::move(verify)), bytes(bytes), baseline(baseline),
+          compared(compared) {}
+
     const char* name;
     std::function<void()> run;
     std::function<bool()> verify;
+    size_t bytes;   // unpacked per run
+    int baseline;   // a further variant to compare with, or -1
+    bool compared;  // against a and b
     std::vector<double> seconds;
+
+    double rate(int round) const { return bytes / seconds[static_cast<size_t>(round)]; }
 };
+
+const size_t kSmallFiles = 20000;
 
 double median(std::vector<double> v) {
     std::sort(v.begin(), v.end());
@@ -233,22 +270,85 @@ int main(int argc, char** argv) {
     decompressor.setLogger(0, nullptr);
 
     std::vector<Variant> variants = {
-        {"a zlib direct", [&] { inflateDirect(gz, &outA[0], outA.size()); }, [&] { return outA == data; }, {}},
-        {"b zlib shaped", [&] { inflateShaped(gz, &outB[0]); }, [&] { return outB == data; }, {}},
+        {"a zlib direct", [&] { inflateDirect(gz, &outA[0], outA.size()); }, [&] { return outA == data; },
+         data.size(), -1, false},
+        {"b zlib shaped", [&] { inflateShaped(gz, &outB[0]); }, [&] { return outB == data; }, data.size(), -1, false},
         {"c GzipUnarchiver",
          [&] {
              IntoBuffer processor(&outC);
              GzipUnarchiver(&inC, processor, nullptr).start();
          },
-         [&] { return std::string(outC.getMemAddress(), static_cast<size_t>(outC.getSize())) == data; }, {}},
+         [&] { return std::string(outC.getMemAddress(), static_cast<size_t>(outC.getSize())) == data; },
+         data.size()},
         {"d decompress",
          [&] {
              tuskel_bench::MemoryInput in(gz.data(), gz.size());
              tuskel_bench::PreparedEntries entries(outD);
              check(decompressor.decompress(&in, &entries) == 0 && entries.offered == 1, "decompress (d)");
          },
-         [&] { return memoryD == data && outD.size() == static_cast<long>(data.size()); }, {}},
+         [&] { return memoryD == data && outD.size() == static_cast<long>(data.size()); }, data.size()},
     };
+
+    const char* tmp = std::getenv("TMPDIR");
+    std::string zipDir = argc > 3 ? argv[3] : std::string(tmp ? tmp : "/tmp") + "/tuskel-zip-bench";
+    tuskel_bench::ZipCorpus zip = tuskel_bench::makeZipCorpus(data, zipDir, kSmallFiles);
+    std::printf("zip: one entry %zu bytes; %zu files of %zu bytes: deflated %zu, stored %zu (in %s)\n",
+                zip.big.size(), zip.files.size(), zip.total, zip.small.size(), zip.stored.size(), zipDir.c_str());
+    std::string memoryZ(data.size(), '\xA5');
+    tuskel_bench::MemoryOutput outZ(&memoryZ[0], memoryZ.size());
+    tuskel_bench::ArenaEntries entriesS(zip.files), entriesT(zip.files);
+    std::string all, memoryM(zip.total, '\xA5');
+    for (const auto& f : zip.files) all += f;
+    auto unzip = [&](const std::string& archive, CommonEntryProcessor& entries, const char* what) {
+        tuskel_bench::MemoryInput in(archive.data(), archive.size());
+        check(decompressor.decompress(&in, &entries) == 0, what);
+    };
+    variants.push_back({"z zip, one entry",
+                        [&] {
+                            tuskel_bench::PreparedEntries entries(outZ);
+                            unzip(zip.big, entries, "decompress (z)");
+                            check(entries.offered == 1, "one entry (z)");
+                        },
+                        [&] { return memoryZ == data && outZ.size() == static_cast<long>(data.size()); },
+                        data.size()});
+    std::string memoryP(zip.total, '\xA5');
+    variants.emplace_back("p zlib per small file",
+                          [&] {
+                              size_t at = 0;
+                              for (size_t i = 0; i < zip.files.size(); ++i) {
+                                  const char* entry = zip.small.data() + zip.smallAt[i];
+                                  if (zip.smallStored[i]) {
+                                      std::memcpy(&memoryP[at], entry, zip.files[i].size());
+                                  } else {
+                                      inflateEntry(entry, zip.smallSize[i], &memoryP[at], zip.files[i].size());
+                                  }
+                                  at += zip.files[i].size();
+                              }
+                          },
+                          [&] { return memoryP == all; }, zip.total, -1, false);
+    const size_t small = variants.size();
+    variants.push_back({"s zip, small files",
+                        [&] {
+                            entriesS.restart();
+                            unzip(zip.small, entriesS, "decompress (s)");
+                        },
+                        [&] { return entriesS.holds(zip.files); }, zip.total, static_cast<int>(small - 1)});
+    const size_t stored = variants.size();
+    variants.push_back({"t zip, stored",
+                        [&] {
+                            entriesT.restart();
+                            unzip(zip.stored, entriesT, "decompress (t)");
+                        },
+                        [&] { return entriesT.holds(zip.files); }, zip.total, static_cast<int>(stored + 1)});
+    variants.push_back({"m memcpy stored",
+                        [&] {
+                            size_t at = 0;
+                            for (size_t i = 0; i < zip.files.size(); ++i) {
+                                std::memcpy(&memoryM[at], zip.stored.data() + zip.storedAt[i], zip.files[i].size());
+                                at += zip.files[i].size();
+                            }
+                        },
+                        [&] { return memoryM == all; }, zip.total, -1, false});
 
     for (int round = 0; round < rounds; ++round) {
         for (size_t k = 0; k < variants.size(); ++k) {
@@ -259,21 +359,53 @@ int main(int argc, char** argv) {
             if (round == 0) check(v.verify(), v.name);
         }
         std::printf("round %d:", round + 1);
-        for (Variant& v : variants) std::printf("  %c %.0f MB/s", v.name[0], data.size() / v.seconds.back() / 1e6);
-        for (size_t i = 2; i < variants.size(); ++i) {
-            double t = variants[i].seconds.back();
-            std::printf("  %c/b %.3f  %c/a %.3f", variants[i].name[0], variants[1].seconds.back() / t,
-                        variants[i].name[0], variants[0].seconds.back() / t);
+        for (Variant& v : variants) std::printf("  %c %.0f MB/s", v.name[0], v.rate(round) / 1e6);
+        std::printf("\n        ");
+        for (const Variant& v : variants) {
+            if (v.compared) {
+                std::printf("  %c/b %.3f  %c/a %.3f", v.name[0], v.rate(round) / variants[1].rate(round), v.name[0],
+                            v.rate(round) / variants[0].rate(round));
+            }
+            if (v.baseline >= 0) {
+                const Variant& base = variants[static_cast<size_t>(v.baseline)];
+                std::printf("  %c/%c %.3f", v.name[0], base.name[0], v.rate(round) / base.rate(round));
+            }
         }
         std::printf("\n");
     }
-    for (size_t i = 2; i < variants.size(); ++i) {
-        std::vector<double> vb, va;
-        for (int r = 0; r < rounds; ++r) {
-            vb.push_back(variants[1].seconds[r] / variants[i].seconds[r]);
-            va.push_back(variants[0].seconds[r] / variants[i].seconds[r]);
+    auto medianRatio = [&](const Variant& v, const Variant& base) {
+        std::vector<double> ratios;
+        for (int r = 0; r < rounds; ++r) ratios.push_back(v.rate(r) / base.rate(r));
+        return median(ratios);
+    };
+    for (const Variant& v : variants) {
+        std::vector<double> rates;
+        for (int r = 0; r < rounds; ++r) rates.push_back(v.rate(r) / 1e6);
+        std::printf("median %-20s %6.0f MB/s", v.name, median(rates));
+        if (v.compared) std::printf("  /b %.3f  /a %.3f", medianRatio(v, variants[1]), medianRatio(v, variants[0]));
+        if (v.baseline >= 0) {
+            const Variant& base = variants[static_cast<size_t>(v.baseline)];
+            std::printf("  /%c %.3f", base.name[0], medianRatio(v, base));
         }
-        std::printf("median %s: /b %.3f  /a %.3f\n", variants[i].name, median(vb), median(va));
+        std::printf("\n");
+    }
+    // Entries per second; for the deflated tree also what each entry costs
+    // beyond inflating its bytes at a's speed, and beyond plain zlib on the
+    // same streams (p): headers, names, objects, host calls, and the
+    // driver's read-ahead of one whole 33,792-byte block per entry.
+    for (size_t i : {small, stored}) {
+        const Variant& v = variants[i];
+        std::vector<double> entries, beyondA, beyondP;
+        for (int r = 0; r < rounds; ++r) {
+            size_t k = static_cast<size_t>(r);
+            double t = v.seconds[k];
+            entries.push_back(kSmallFiles / t);
+            beyondA.push_back((t - zip.total / variants[0].rate(r)) / kSmallFiles * 1e6);
+            beyondP.push_back((t - variants[small - 1].seconds[k]) / kSmallFiles * 1e6);
+        }
+        std::printf("median %-20s %6.0f entries/s", v.name, median(entries));
+        if (i == small) std::printf(", %.2f us per entry beyond a, %.2f beyond p", median(beyondA), median(beyondP));
+        std::printf("\n");
     }
     return 0;
 }

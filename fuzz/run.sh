@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs every libFuzzer harness of a build for the given number of seconds,
-# starting from seeds made here by real tools (gzip, Python) plus a few
+# starting from seeds made here by real tools (gzip, zip, Python) plus a few
 # crafted headers. Fails when any harness finds a crash, leak or timeout;
 # the input that triggered it is kept under <builddir>/fuzz-findings.
 #
@@ -43,6 +43,42 @@ PY
 gzip -c "$work/text" > "$work/seeds/named.gz"
 gzip -n -c "$work/text" > "$work/seeds/plain.gz"
 gzip -n -9 -c "$work/noise" > "$work/seeds/noise.gz"
+
+# ZIP seeds, made the way the ZIP tests make theirs: Info-ZIP deflated,
+# stored, written to a pipe (data descriptors), with an encrypted entry;
+# Python to an unseekable stream, and with an entry that cannot be unpacked.
+tree=$work/tree
+mkdir -p "$tree/sub/deeper" "$tree/emptydir"
+cp "$work/text" "$tree/text.txt"
+head -c 3000 "$work/noise" > "$tree/sub/noise.bin"
+: > "$tree/empty.txt"
+printf x > "$tree/sub/deeper/x"
+(cd "$tree" && zip -q -r "$work/seeds/zip.zip" . && zip -q -r -0 "$work/seeds/stored.zip" . &&
+  zip -q -r - . | cat > "$work/seeds/pipe.zip" &&
+  zip -q "$work/seeds/encrypted.zip" text.txt && zip -q -P pw "$work/seeds/encrypted.zip" sub/noise.bin &&
+  zip -q "$work/seeds/encrypted.zip" sub/deeper/x)
+python3 - "$work" <<'PY'
+import io, sys, zipfile
+work = sys.argv[1]
+seeds = work + '/seeds/'
+text = open(work + '/text', 'rb').read()
+class Unseekable(io.RawIOBase):
+    def __init__(self): self.data = bytearray()
+    def writable(self): return True
+    def write(self, b): self.data += b; return len(b)
+for name, mode in (('stream-deflated.zip', zipfile.ZIP_DEFLATED), ('stream-stored.zip', zipfile.ZIP_STORED)):
+    out = Unseekable()
+    with zipfile.ZipFile(out, 'w', mode) as z:
+        z.writestr('a.txt', text)
+        z.writestr('b.txt', b'b')
+    open(seeds + name, 'wb').write(out.data)
+with zipfile.ZipFile(seeds + 'bzip2-between.zip', 'w', zipfile.ZIP_DEFLATED) as z:
+    z.writestr('a.txt', text[:2000])
+    z.writestr('b.txt', text[:2000], zipfile.ZIP_BZIP2)
+    z.writestr('c.txt', text[:500], zipfile.ZIP_STORED)
+    z.writestr('d.txt', text)
+    z.comment = b'archive comment'
+PY
 
 status=0
 for fuzzer in $(find "$dir/fuzz" -maxdepth 1 -type f -executable -name '*_fuzzer' | sort); do

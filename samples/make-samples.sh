@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Rebuilds the bundled samples. The gzip member is written by Python's gzip
-# module with a fixed name and time stamp, so the bytes do not change from
-# run to run.
+# module with a fixed name and time stamp; the ZIP archive by Info-ZIP's zip
+# from files with a fixed time stamp, without extra fields (-X) and in UTC,
+# so the bytes do not change from run to run.
 set -euo pipefail
 cd "$(dirname "$0")"
 python3 - <<'PY'
@@ -13,3 +14,12 @@ with open("hello.txt.gz", "wb") as raw:
     with gzip.GzipFile(filename="hello.txt", mode="wb", fileobj=raw, mtime=0, compresslevel=9) as gz:
         gz.write(text)
 PY
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+mkdir -p "$tree/docs"
+gzip -dc hello.txt.gz > "$tree/hello.txt"
+printf 'A second entry: ZIP archives hold many.\n' > "$tree/docs/notes.txt"
+: > "$tree/docs/empty.txt"
+find "$tree" -exec touch -d '2020-01-01 00:00:00 UTC' {} +
+rm -f hello.zip
+(cd "$tree" && TZ=UTC zip -q -X -9 "$OLDPWD/hello.zip" hello.txt docs docs/notes.txt docs/empty.txt)

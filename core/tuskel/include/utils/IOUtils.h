@@ -21,9 +21,12 @@ public:
     static void writeUShort(OutputStream& out, unsigned int value);
     static void writeUInt(OutputStream& out, long value);
 
-    static int readUChar(const char* p);
-    static int readUShort(const char* p);
-    static unsigned int readUInt(const char* p);
+    // Inline: the record readers decode every header field through these.
+    static int readUChar(const char* p) { return static_cast<unsigned char>(p[0]); }
+    static int readUShort(const char* p) { return readUChar(p) | (readUChar(p + 1) << 8); }
+    static unsigned int readUInt(const char* p) {
+        return static_cast<unsigned int>(readUShort(p)) | (static_cast<unsigned int>(readUShort(p + 2)) << 16);
+    }
     static void writeUChar(char* p, int value);
     static void writeUShort(char* p, unsigned int value);
     static void writeUInt(char* p, long value);

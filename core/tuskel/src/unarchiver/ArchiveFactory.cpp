@@ -8,6 +8,7 @@
 #include "unarchiver/ArchiveId.h"
 #include "unarchiver/Crc.h"
 #include "unarchiver/GzipUnarchiver.h"
+#include "unarchiver/ZipUnarchiver.h"
 
 namespace QRN_SPACE {
 
@@ -38,6 +39,8 @@ struct FormatRegistration {
         // GZIP first: the cheapest test (a 10-byte header), and the
         // tie-break should a later format accept the same input.
         archiveIds().push_back(new CrcArchiveId<GzipUnarchiver, Iso3309Crc>());
+        // ZIP second: a 30-byte local header test, only for what is not GZIP.
+        archiveIds().push_back(new CrcArchiveId<ZipUnarchiver, Iso3309Crc>());
     }
 } registration;
 

@@ -45,15 +45,6 @@ void IOUtils::writeUInt(OutputStream& out, long value) {
     writeUShort(out, static_cast<unsigned int>((bits >> 16) & 0xFFFF));
 }
 
-int IOUtils::readUChar(const char* p) { return static_cast<unsigned char>(p[0]); }
-
-int IOUtils::readUShort(const char* p) { return readUChar(p) | (readUChar(p + 1) << 8); }
-
-unsigned int IOUtils::readUInt(const char* p) {
-    return static_cast<unsigned int>(readUShort(p)) |
-           (static_cast<unsigned int>(readUShort(p + 2)) << 16);
-}
-
 void IOUtils::writeUChar(char* p, int value) { p[0] = static_cast<char>(value & 0xFF); }
 
 void IOUtils::writeUShort(char* p, unsigned int value) {
