@@ -56,21 +56,21 @@ int readGzipTrailerSize(BufferBaseInputStream& stream, long inputSize) {
     return size;
 }
 
-// Runs the unarchiver. Whatever it throws ends here: the host gets a result
-// code and one log line, and nothing escapes (a thread being cancelled is
-// the one unwinding that must go on).
-int run(Unarchiver& unarchiver) {
+// Runs work and turns whatever it throws into result 1 with one log line at
+// `line`: nothing escapes to the host (a thread being cancelled is the one
+// unwinding that must go on).
+template <class Work>
+int guarded(int line, Work&& work) {
     try {
-        unarchiver.start();
-        return CommonDecompressor::RESULT_OK;
+        return work();
     } catch (QRN_SPACE::Exception& e) {
-        return failed(kLineRunFailed, e.toString());
+        return failed(line, e.toString());
     } catch (abi::__forced_unwind&) {
         throw;
     } catch (std::exception& e) {
-        return failed(kLineRunFailed, e.what());
+        return failed(line, e.what());
     } catch (...) {
-        return failed(kLineRunFailed, kUnknownFailure);
+        return failed(line, kUnknownFailure);
     }
 }
 
@@ -105,7 +105,10 @@ int unpack(CommonBuffer* hb, CommonEntryProcessor* processor) {
         Utils::errMsg("unarchiver is NULL");
         return CommonDecompressor::RESULT_FAILED;
     }
-    return run(*unarchiver);
+    return guarded(kLineRunFailed, [&] {
+        unarchiver->start();
+        return CommonDecompressor::RESULT_OK;
+    });
 }
 
 }  // namespace
@@ -117,17 +120,7 @@ int CommonDecompressor::decompress(CommonBuffer* hb, CommonEntryProcessor* proce
         return RESULT_NULL_ARGUMENT;
     }
     // Failures while setting up, identifying or creating the unarchiver.
-    try {
-        return unpack(hb, processor);
-    } catch (QRN_SPACE::Exception& e) {
-        return failed(kLineSetUpFailed, e.toString());
-    } catch (abi::__forced_unwind&) {
-        throw;
-    } catch (std::exception& e) {
-        return failed(kLineSetUpFailed, e.what());
-    } catch (...) {
-        return failed(kLineSetUpFailed, kUnknownFailure);
-    }
+    return guarded(kLineSetUpFailed, [&] { return unpack(hb, processor); });
 }
 
 void CommonDecompressor::setLogger(int newLevel, void (*newCallback)(const char*)) {
