@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <sstream>
+
 #include "support/TestStreams.h"
 #include "unarchiver/Tuskel.h"
 
@@ -16,15 +18,19 @@ using namespace QRN_SPACE;
 using tuskel_test::ChunkedInputStream;
 typedef ArchiveConstants A;
 
-// The message of the E that f throws, or "no error".
+// The message of the E that f throws (and where from, if asked), or "no error".
 template <class E = Exception>
-std::string failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (E& e) {
-        return e.getMessage();
-    }
+std::string failure(const std::function<void()>& f, bool where = false) {
+    try { f(); } catch (E& e) { return e.getMessage() + (where ? " " + e.getErrorLocation() : ""); }
     return "no error";
+}
+
+// Its arguments as text, each followed by a blank.
+template <class... T>
+std::string join(const T&... values) {
+    std::ostringstream s;
+    ((s << values << ' '), ...);
+    return s.str();
 }
 
 inline unsigned zlibCrc(const std::string& s) {
@@ -42,14 +48,13 @@ inline std::string zlibDeflate(const std::string& data, int windowBits, int stra
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data())), z.avail_in = static_cast<uInt>(data.size());
     z.next_out = reinterpret_cast<Bytef*>(&out[0]), z.avail_out = static_cast<uInt>(out.size());
     EXPECT_EQ(deflate(&z, Z_FINISH), Z_STREAM_END);
-    out.resize(z.total_out);
     deflateEnd(&z);
-    return out;
+    return out.substr(0, z.total_out);
 }
 
 // Answers 2, "skip the rest", from its `from`-th getAction() call on; 1 before.
 struct SkippingProcessor : DecompressProcessor {
-    int from = 0, calls = 0, inits = 0;
+    int from = 1 << 30, calls = 0, inits = 0;
     int init() override { return ++inits, 0; }
     void setFileName(std::string&) override {}
     void setContentType(std::string&) override {}
@@ -60,17 +65,18 @@ struct SkippingProcessor : DecompressProcessor {
 };
 
 // Keeps every entry it is offered (it owns them) and answers each with a
-// collecting stream of its own, or with none. `decide` gives the action
-// (kLeaveAlone leaves the variable as the unarchiver passed it). `events`
-// logs the calls: b)egin, e)ntry, F)lush, C)lose, f)inish.
+// collecting stream of its own, or with none. `decide` may set the action
+// (left alone, it stays as the unarchiver passed it). `events` logs the
+// calls: b)egin, e)ntry, F)lush, C)lose, f)inish.
 struct Recorder : ArchiveEntryProcessor {
-    static const int kLeaveAlone = 1000;
     struct Out : tuskel_test::CollectingOutputStream {
-        std::string* events;
+        explicit Out(std::string* events) : events(events) {}
         void flush() override { *events += "F"; }
         void close() override { *events += "C"; }
+        std::string* events;
     };
-    std::function<int(ArchiveEntryInfo&)> decide = [](ArchiveEntryInfo&) { return A::ACTION_DECOMPRESS; };
+    typedef std::function<void(ArchiveEntryInfo&, int&)> Decide;
+    Decide decide = [](ArchiveEntryInfo&, int& a) { a = A::ACTION_DECOMPRESS; };
     bool giveStream = true;
     std::string events;
     std::vector<std::unique_ptr<ArchiveEntryInfo>> entries;
@@ -84,10 +90,8 @@ struct Recorder : ArchiveEntryProcessor {
     OutputStream* processEntry(ArchiveEntryInfo* info, int& action) override {
         events += "e";
         entries.emplace_back(info);
-        int answer = decide(*info);
-        if (answer != kLeaveAlone) action = answer;
-        outs.emplace_back(new Out());
-        outs.back()->events = &events;
+        decide(*info, action);
+        outs.emplace_back(new Out(&events));
         return giveStream ? outs.back().get() : nullptr;
     }
     // The names offered, in order; an empty name shows as "$".
