@@ -189,9 +189,6 @@ TEST(ZipUnarchiver, AFailedEntryIsContainedAndTheRestFoundThroughTheDirectory) {
         unpack(k.data, buffered, true, 1 << 30, &dp);
         EXPECT_EQ(join(buffered.names(), buffered.contained.at(0), dp.inits), join(k.offered + k.more, k.message, 3));
     }
-    Recorder r;
-    EXPECT_EQ(failure([&] { unpack(bad.substr(0, bad.find("PK\1\2")), r, true); }),
-              "failed to restart zip unarchiving");
     // Aborting each of 5 empty entries: each abort leaves the walk on the
     // next header; the restart after the first offers the rest once, and
     // later aborts do not walk the rest again (n * n / 2 entries).
@@ -199,6 +196,9 @@ TEST(ZipUnarchiver, AFailedEntryIsContainedAndTheRestFoundThroughTheDirectory) {
     aborting.decide = [](ArchiveEntryInfo&, int& a) { a = A::ACTION_ABORT; };
     unpack(zip("empties.zip"), aborting, true);
     EXPECT_EQ(aborting.entries.size(), 2 * 5 + 1u);
+    // Without an end record the restart itself fails, and says so.
+    EXPECT_EQ(failure([&] { unpack(bad.substr(0, bad.find("PK\1\2")), aborting, true); }),
+              "failed to restart zip unarchiving");
 }
 
 TEST(ZipUnarchiver, ThroughTheHostEntryPoint) {
@@ -210,7 +210,10 @@ TEST(ZipUnarchiver, ThroughTheHostEntryPoint) {
     // The entries handed to the host, the result, what is logged.
     struct Case { std::string data; std::vector<std::string> contents; int result; std::string logged; } cases[] = {
         {good, all, 0, ""},
-        {zip("pipe.zip"), {}, 0, ""},  // descriptor entries are not offered; the walk loses its way behind one
+        // The ZIP test throws on an encrypted first entry: the entry point takes that for "not ZIP".
+        {patched(good, Z::LOCFLG, 1), {}, 3, ""},
+        // Entries behind a descriptor are not offered; the walk loses its way behind the first.
+        {zip("pipe.zip"), {}, 0, ""},
         // A deflate error or a broken directory is not contained: those before stay handed over.
         {good.substr(0, cut), {all[0], all[1], all[2], ""}, 1, "Exception[inflate: error -5"},
         {patched(good, dir + Z::CENNAM, 0), all, 1, "Exception[empty file name in central directory]"},
