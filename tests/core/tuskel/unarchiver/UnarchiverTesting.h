@@ -44,7 +44,7 @@ inline std::string zlibDeflate(const std::string& data, int windowBits, int stra
     EXPECT_EQ(deflateInit2(&z, 6, Z_DEFLATED, windowBits, 8, strategy), Z_OK);
     if (header != nullptr) deflateSetHeader(&z, header);
     if (presetDictionary) deflateSetDictionary(&z, reinterpret_cast<const Bytef*>("the quick"), 9);
-    std::string out(deflateBound(&z, data.size()) + 100, '\0');
+    std::string out(deflateBound(&z, data.size()) + 100, '\0');  // room for the GZIP header fields
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data())), z.avail_in = static_cast<uInt>(data.size());
     z.next_out = reinterpret_cast<Bytef*>(&out[0]), z.avail_out = static_cast<uInt>(out.size());
     EXPECT_EQ(deflate(&z, Z_FINISH), Z_STREAM_END);
@@ -52,7 +52,8 @@ inline std::string zlibDeflate(const std::string& data, int windowBits, int stra
     return out.substr(0, z.total_out);
 }
 
-// Answers 2, "skip the rest", from its `from`-th getAction() call on; 1 before.
+// Answers 2, "skip the rest", from its `from`-th getAction() call on (by
+// default never), 1 before; counts init().
 struct SkippingProcessor : DecompressProcessor {
     int from = 1 << 30, calls = 0, inits = 0;
     int init() override { return ++inits, 0; }
