@@ -1,8 +1,12 @@
 #ifndef TUSKEL_TEST_HOSTDOUBLES_H
 #define TUSKEL_TEST_HOSTDOUBLES_H
 
-#include <memory>
+// A host's side of the library in plain C++98 over the public header alone,
+// so that the host built outside the project uses it too.
+
+#include <deque>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -10,56 +14,69 @@
 
 namespace tuskel_test {
 
-// A host buffer over a std::string whose seek answers the new position, as
-// hosts usually do. It counts every call so tests can see what the library
-// asked of the host.
+// A host buffer over a std::string whose seek answers the new position (so
+// the seek to the end answers 0 only when it is empty), as hosts usually do.
 class MemoryHostBuffer : public CommonBuffer {
 public:
-    explicit MemoryHostBuffer(std::string data = std::string()) : data(std::move(data)) {}
+    explicit MemoryHostBuffer(const std::string& data = std::string(), int maxRead = 1 << 30)
+        : data(data), position(0), maxRead(maxRead), calls(0), tellBias(0) {}
 
-    int read(char* buf, int len) override;
-    int write(const char* buf, int len) override;
-    long seek(int origin, long offset) override;
-    long tell() override;
+    int read(char* buf, int len) {
+        ++calls;
+        if (position > static_cast<long>(data.size())) return 0;
+        int n = static_cast<int>(data.copy(buf, len < maxRead ? len : maxRead, position));
+        position += n;
+        return n;
+    }
+    int write(const char* buf, int len) {
+        ++calls;
+        if (static_cast<size_t>(position) > data.size()) data.resize(position);
+        data.replace(position, len, buf, len);
+        position += len;
+        return len;
+    }
+    long seek(int origin, long offset) {
+        ++calls;
+        long target = (origin == 2 ? static_cast<long>(data.size()) : 0) + offset;
+        if (target < 0) return -1;
+        return position = target;
+    }
+    long tell() { return position + tellBias; }
 
     std::string data;
-    long position = 0;
-    int maxRead = 1 << 30;  // hands out at most this many bytes per read
-    long failSeekAt = -1;   // a seek to this offset answers -1 and stays put
-    long tellBias = 0;      // added to every tell(): a host that misstates its size
-    bool throwOnRead = false;  // read() throws std::bad_alloc
-    int calls = 0;          // every host operation
-
-protected:
-    long _seek(int origin, long offset);
+    long position;
+    int maxRead;    // hands out at most this many bytes per read
+    int calls;      // every read, write and seek
+    long tellBias;  // added to tell(): a host that misstates its size
 };
 
-// Positions like MemoryHostBuffer but answers 0 to the seek to the end.
-class EndSeekZeroHostBuffer : public MemoryHostBuffer {
-public:
-    using MemoryHostBuffer::MemoryHostBuffer;
-    long seek(int origin, long offset) override;
-};
-
-// Records every entry the library offers and hands out memory buffers.
+// Records every entry offered and hands out memory buffers of its own.
 class RecordingEntryProcessor : public CommonEntryProcessor {
 public:
-    CommonBuffer* getBuffer(EntryRecord* info) override;
-    void finish() override { ++finished; }
+    RecordingEntryProcessor() : finished(0), throwOnGetBuffer(false) {}
 
-    // The unpacked bytes of every entry that got a buffer, in order.
-    std::vector<std::string> contents() const;
+    CommonBuffer* getBuffer(EntryRecord* info) {
+        if (throwOnGetBuffer) throw std::runtime_error("host refuses");
+        records.push_back(*info);
+        if (refuse.count(static_cast<int>(records.size()) - 1) != 0) return 0;
+        buffers.push_back(MemoryHostBuffer());
+        return &buffers.back();
+    }
+    void finish() { ++finished; }
+
+    // The bytes of every entry that got a buffer, in order.
+    std::vector<std::string> contents() const {
+        std::vector<std::string> out;
+        for (size_t i = 0; i < buffers.size(); ++i) out.push_back(buffers[i].data);
+        return out;
+    }
 
     std::vector<EntryRecord> records;
     std::set<int> refuse;  // indexes of offered entries answered with null
-    std::vector<std::unique_ptr<MemoryHostBuffer>> buffers;
-    int finished = 0;
-    bool throwOnGetBuffer = false;  // throws std::runtime_error
+    std::deque<MemoryHostBuffer> buffers;  // grows without moving what it handed out
+    int finished;
+    bool throwOnGetBuffer;  // getBuffer() throws std::runtime_error
 };
-
-// `data` compressed by the gzip program with the given options; with a
-// name, the file handed to gzip has that name (stored unless -n is given).
-std::string gzipWithTool(const std::string& data, const std::string& options, const std::string& name = "data");
 
 }  // namespace tuskel_test
 
