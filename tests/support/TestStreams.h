@@ -88,7 +88,6 @@ public:
     void truncate(long newSize) override;
     long getSize() const override { return static_cast<long>(_data.size()); }
 
-    void breakIt() { _valid = false; }
     const std::string& data() const { return _data; }
 
 private:

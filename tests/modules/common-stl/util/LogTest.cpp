@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "support/LogCapture.h"
 #include "util/Log.h"
-
-using tuskel_test::LogCapture;
 
 namespace {
 
@@ -20,51 +16,24 @@ void logAll() {
 
 }  // namespace
 
-TEST(Log, EachMessageIsThreeCallsPrefixTextLineFeed) {
-    LogCapture capture(3);
+TEST(Log, EachMessageIsPrefixTextLineFeedTheLevelPicksKindsAndTextIsCut) {
+    tuskel_test::LogCapture capture(3);
     logAll();
-    std::vector<std::string> expected = {
-        "[ERR][CommonBufferBase:19] ", "seek fail\n", "\n",
-        "[DBG][EntryProcessor:26] ", "find entry[a.txt], usize[5]", "\n",
-        "[INF][CommonDecompressor:66] ", "info 1", "\n",
-    };
-    EXPECT_EQ(capture.pieces(), expected);
-}
-
-TEST(Log, LevelSelectsKindsAndInfoIgnoresIt) {
-    struct Case {
-        int level;
-        const char* expected;
-    } cases[] = {
-        {0, "[INF]"}, {1, "[ERR][INF]"}, {2, "[ERR][INF]"}, {3, "[ERR][DBG][INF]"}, {9, "[ERR][DBG][INF]"},
-    };
-    for (const Case& c : cases) {
-        LogCapture capture(c.level);
+    EXPECT_EQ(capture.pieces(), (std::vector<std::string>{"[ERR][CommonBufferBase:19] ", "seek fail\n", "\n",
+                                                          "[DBG][EntryProcessor:26] ", "find entry[a.txt], usize[5]",
+                                                          "\n", "[INF][CommonDecompressor:66] ", "info 1", "\n"}));
+    const std::string err = "[ERR][CommonBufferBase:19] seek fail\n\n", inf = "[INF][CommonDecompressor:66] info 1\n";
+    for (auto [level, want] : {std::pair{0, inf}, {1, err + inf}, {2, err + inf}}) {  // info ignores the level
+        capture.clear();
+        ops.level = level;
         logAll();
-        std::string tags;
-        for (const std::string& piece : capture.pieces()) {
-            if (piece.size() > 5 && piece[0] == '[') tags += piece.substr(0, 5);
-        }
-        EXPECT_EQ(tags, c.expected) << "level " << c.level;
+        EXPECT_EQ(capture.text(), want) << level;
     }
-}
-
-TEST(Log, LongTextIsCutAt1022Characters) {
-    LogCapture capture(3);
-    std::string longText(3000, 'x');
-    logAt("F", 1);
-    Utils::errMsg("%s", longText.c_str());
-    ASSERT_EQ(capture.pieces().size(), 3u);
-    EXPECT_EQ(capture.pieces()[1], std::string(1022, 'x'));
-}
-
-TEST(Log, NothingIsCalledWithoutACallback) {
-    {
-        LogCapture capture(3);
-    }  // removes the callback again
-    ops.level = 3;
-    logAll();  // would crash on a null callback
-    ops.level = 0;
-    LogCapture after(3);
-    EXPECT_TRUE(after.pieces().empty());
+    for (size_t n : {1021, 1022, 1023}) {
+        capture.clear();
+        Utils::errMsg("%s", std::string(n, 'x').c_str());
+        EXPECT_EQ(capture.pieces().at(1), std::string(std::min<size_t>(n, 1022), 'x'));
+    }
+    ops.callback = nullptr;  // without a callback nothing is called at all
+    logAll();
 }

@@ -1,0 +1,24 @@
+#ifndef TUSKEL_TEST_THROWN_H
+#define TUSKEL_TEST_THROWN_H
+
+#include <string>
+
+#include "lang/Exception.h"
+
+namespace tuskel_test {
+
+// "message @ location" of the E that f throws, or "no error". An exception
+// of any other type escapes and fails the test.
+template <class E = QRN_SPACE::Exception, class F>
+std::string thrown(F&& f) {
+    try {
+        f();
+    } catch (E& e) {
+        return e.getMessage() + " @ " + e.getErrorLocation();
+    }
+    return "no error";
+}
+
+}  // namespace tuskel_test
+
+#endif
