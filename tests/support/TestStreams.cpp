@@ -62,55 +62,17 @@ int CollectingOutputStream::write(const char* buf, int len) {
     return len;
 }
 
-int StringBuffer::read(long pos) {
-    _checkPos(pos);
-    if (pos >= getSize()) return -1;
-    return static_cast<unsigned char>(_data[static_cast<size_t>(pos)]);
+std::unique_ptr<QRN_SPACE::ContinuousMemBufferBase> memoryBuffer(const std::string& data) {
+    std::unique_ptr<QRN_SPACE::ContinuousMemBufferBase> buffer(
+        new QRN_SPACE::ContinuousMemBufferBase(static_cast<long>(data.size())));
+    buffer->append(data.data(), static_cast<int>(data.size()));
+    return buffer;
 }
 
-int StringBuffer::read(long pos, char* buf, int len) {
-    _checkPos(pos);
-    if (buf == nullptr || len < 1 || pos >= getSize()) return 0;
-    long n = std::min<long>(len, getSize() - pos);
-    std::copy_n(_data.data() + pos, n, buf);
-    return static_cast<int>(n);
-}
-
-int StringBuffer::write(long pos, const char* buf, int len) {
-    _checkPos(pos);
-    if (buf == nullptr || len < 1) return 0;
-    size_t end = static_cast<size_t>(pos) + static_cast<size_t>(len);
-    if (end > _data.size()) _data.resize(end, '\0');
-    std::copy_n(buf, len, &_data[static_cast<size_t>(pos)]);
-    return len;
-}
-
-int StringBuffer::insert(long pos, const char* buf, int len) {
-    _checkPos(pos);
-    if (buf == nullptr || len < 1) return 0;
-    if (pos > getSize()) _data.resize(static_cast<size_t>(pos), '\0');
-    _data.insert(static_cast<size_t>(pos), buf, static_cast<size_t>(len));
-    return len;
-}
-
-int StringBuffer::cut(long pos, int len) {
-    _checkPos(pos);
-    if (len < 1 || pos >= getSize()) return 0;
-    long n = std::min<long>(len, getSize() - pos);
-    _data.erase(static_cast<size_t>(pos), static_cast<size_t>(n));
-    return static_cast<int>(n);
-}
-
-int StringBuffer::append(const char* buf, int len) {
-    _checkValid();
-    if (buf == nullptr || len < 1) return 0;
-    _data.append(buf, static_cast<size_t>(len));
-    return len;
-}
-
-void StringBuffer::truncate(long newSize) {
-    _checkPos(newSize);
-    if (newSize < getSize()) _data.resize(static_cast<size_t>(newSize));
+std::string contentOf(QRN_SPACE::BufferBase& buffer) {
+    std::string out(static_cast<size_t>(buffer.getSize()), '\0');
+    out.resize(static_cast<size_t>(buffer.read(0, &out[0], static_cast<int>(out.size()))));
+    return out;
 }
 
 }  // namespace tuskel_test

@@ -1,10 +1,11 @@
 #ifndef TUSKEL_TEST_TESTSTREAMS_H
 #define TUSKEL_TEST_TESTSTREAMS_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "io/BufferBase.h"
+#include "io/ContinuousMemBufferBase.h"
 #include "io/InputStream.h"
 #include "io/OutputStream.h"
 
@@ -69,30 +70,10 @@ public:
     std::vector<int> writes;
 };
 
-// A BufferBase test double over a std::string that honours the contract,
-// guard checks included.
-class StringBuffer : public QRN_SPACE::BufferBase {
-public:
-    explicit StringBuffer(std::string data = std::string()) : _data(std::move(data)) {}
-
-    int read(long pos) override;
-    int read(long pos, char* buf, int len) override;
-    void write(long pos, char c) override { write(pos, &c, 1); }
-    int write(long pos, const char* buf, int len) override;
-    void insert(long pos, char c) override { insert(pos, &c, 1); }
-    int insert(long pos, const char* buf, int len) override;
-    void cut(long pos) override { cut(pos, 1); }
-    int cut(long pos, int len) override;
-    void append(char c) override { append(&c, 1); }
-    int append(const char* buf, int len) override;
-    void truncate(long newSize) override;
-    long getSize() const override { return static_cast<long>(_data.size()); }
-
-    const std::string& data() const { return _data; }
-
-private:
-    std::string _data;
-};
+// The library's contiguous memory buffer holding `data`, and a buffer's
+// whole content as a string.
+std::unique_ptr<QRN_SPACE::ContinuousMemBufferBase> memoryBuffer(const std::string& data = std::string());
+std::string contentOf(QRN_SPACE::BufferBase& buffer);
 
 }  // namespace tuskel_test
 

@@ -14,10 +14,10 @@ TEST(GzipConcurrency, ThreadsIdentifyAndUnpackIndependently) {
     std::vector<std::thread> threads;
     for (size_t t = 0; t < 8; ++t) {
         threads.emplace_back([&, t] {
-            tuskel_test::StringBuffer buffer(packed[t]);
+            auto buffer = tuskel_test::memoryBuffer(packed[t]);
             ChunkedInputStream probe(packed[t]);
             Recorder r;
-            std::unique_ptr<Unarchiver>(ArchiveFactory::identify(probe)->unarchiver(&buffer, r, nullptr))->start();
+            std::unique_ptr<Unarchiver>(ArchiveFactory::identify(probe)->unarchiver(buffer.get(), r, nullptr))->start();
             results[t] = r.outs.at(0)->data;
         });
     }

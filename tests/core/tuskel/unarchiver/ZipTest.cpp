@@ -8,7 +8,7 @@
 
 using namespace unarchiver_test;
 using tuskel_test::shellQuote;
-using tuskel_test::StringBuffer;
+using tuskel_test::memoryBuffer;
 typedef ZipConstants Z;
 
 namespace {
@@ -51,14 +51,14 @@ std::string patched(std::string data, size_t at, long value, int width = 2) {
 // Runs an unarchiver over a stream handing out at most `chunk` bytes per read, or over a buffer.
 void unpack(std::string data, Recorder& r, bool overBuffer, int chunk = 1 << 30, DecompressProcessor* dp = nullptr) {
     ChunkedInputStream in(data, chunk);
-    StringBuffer buffer(data);
-    (overBuffer ? ZipUnarchiver(&buffer, r, dp) : ZipUnarchiver(&in, r, dp)).start();
+    auto buffer = memoryBuffer(data);
+    (overBuffer ? ZipUnarchiver(buffer.get(), r, dp) : ZipUnarchiver(&in, r, dp)).start();
 }
 
 }  // namespace
 
 TEST(ZipRecords, FindPosReachesBackOverTheLongestComment) {
-    auto findPos = [](const std::string& data) { StringBuffer buffer(data); return ZipEndCentralDir::findPos(buffer); };
+    auto findPos = [](const std::string& data) { return ZipEndCentralDir::findPos(*memoryBuffer(data)); };
     // Comments that put the record across the search's block seams and around its reach.
     std::string good = zip("good.zip"), end = good.substr(good.size() - Z::ENDHDR);
     for (int n : {0, 1005, 1007, 1008, 1009, 1010, 2031, 2032, 2033, 65513, 65514, 65535}) {

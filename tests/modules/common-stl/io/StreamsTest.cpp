@@ -17,9 +17,9 @@ TEST(Streams, UnimplementedAndClosedCallsThrowTheirTexts) {
     const std::string out = " @ ../../../modules/common-stl/include/io/OutputStream, line";
     InputStream base;
     OutputStream baseOut;
-    StringBuffer buffer("abc");
-    BufferBaseInputStream closed(&buffer);
-    BufferBaseOutputStream closedOut(&buffer);
+    auto buffer = memoryBuffer("abc");
+    BufferBaseInputStream closed(buffer.get());
+    BufferBaseOutputStream closedOut(buffer.get());
     closed.close(), closedOut.close(), closedOut.flush();  // flush makes no open check
     char buf[2];
     const std::pair<std::function<void()>, std::string> cases[] = {
@@ -56,8 +56,8 @@ TEST(Streams, DefaultBlockReadAndSkipAreBuiltOnReadSkipInChunksOf512) {
 }
 
 TEST(Streams, BufferCursorsSkipUnclampedOverwriteAndFiltersLeaveWhatTheyWrapOpen) {
-    StringBuffer data("0123");
-    BufferBaseInputStream in(&data);
+    auto data = memoryBuffer("0123");
+    BufferBaseInputStream in(data.get());
     EXPECT_EQ(in.skip(100), 100);  // intended: not clamped to the size
     EXPECT_EQ(in.available(), 0);
     EXPECT_EQ(in.read(), -1);
@@ -66,14 +66,14 @@ TEST(Streams, BufferCursorsSkipUnclampedOverwriteAndFiltersLeaveWhatTheyWrapOpen
     filter.close();
     EXPECT_EQ(filter.read(), '0');  // intended: a closed filter still reads, and what it wraps stays open
 
-    StringBuffer buffer;
-    BufferBaseOutputStream first(&buffer), second(&buffer);
+    auto buffer = memoryBuffer();
+    BufferBaseOutputStream first(buffer.get()), second(buffer.get());
     FilterOutputStream(first).close();
     first.write("ab", 2), first.write('c');  // neither the filter's close() nor its destructor closed it
     second.write('X');                       // each stream overwrites from its own cursor
     EXPECT_EQ(second.write(static_cast<const char*>(nullptr), 2), 0);  // intended: moves the cursor anyway
     second.write('Z');
-    EXPECT_EQ(buffer.data(), "XbcZ");
+    EXPECT_EQ(contentOf(*buffer), "XbcZ");
     second.write("xy", -6);  // to -2: the buffer's position error passes through
     EXPECT_THROW(second.write('q'), IOException);
 }
