@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 
+#include "Random.h"
 #include "io/BufferBaseInputStream.h"
 #include "io/ContinuousMemBufferBase.h"
 #include "unarchiver/ZipConstants.h"
@@ -39,18 +40,6 @@ std::string readFile(const std::string& path) {
 
 void run(const std::string& command) { check(std::system(command.c_str()) == 0, command); }
 
-// Deterministic 64-bit generator (xorshift*), seeded apart from the input's.
-struct Random {
-    uint64_t s = 0xD1B54A32D192ED03ull;
-    uint64_t next() {
-        s ^= s >> 12;
-        s ^= s << 25;
-        s ^= s >> 27;
-        return s * 2685821657736338717ull;
-    }
-    size_t below(size_t n) { return static_cast<size_t>(next() % n); }
-};
-
 // Where each entry's data begins in an archive, and its length, walked
 // with the library's own local header reader.
 void findData(const std::string& archive, std::vector<size_t>& offsets, std::vector<size_t>& sizes,
@@ -81,7 +70,7 @@ ZipCorpus makeZipCorpus(const std::string& data, const std::string& dir, size_t 
     run("cd '" + dir + "' && zip -q big.zip data.bin");
 
     // The files go to zip in this order (-@), which is then the archive's.
-    Random r;
+    Random r{0xD1B54A32D192ED03ull};  // seeded apart from the input's
     std::string list;
     static const char* const kinds[] = {"txt", "bin", "dat", "log"};
     for (size_t i = 0; i < fileCount; ++i) {

@@ -35,30 +35,20 @@
 #include <vector>
 
 #include "MemoryHost.h"
+#include "Random.h"
 #include "ZipCorpus.h"
 #include "io/BufferBaseOutputStream.h"
 #include "io/ContinuousMemBufferBase.h"
 #include "unarchiver/GzipUnarchiver.h"
 
 using namespace QRN_SPACE;
+using tuskel_bench::Random;
 
 namespace {
 
 const int kInputBlock = 33792;
 const int kOutputBlock = 51200;
 const size_t kGzipHeader = 10;  // zlib's own gzip header carries no optional field
-
-// Deterministic 64-bit generator (xorshift*).
-struct Random {
-    uint64_t s;
-    uint64_t next() {
-        s ^= s >> 12;
-        s ^= s << 25;
-        s ^= s >> 27;
-        return s * 2685821657736338717ull;
-    }
-    size_t below(size_t n) { return static_cast<size_t>(next() % n); }
-};
 
 void appendText(std::string& out, Random& r, size_t n) {
     static const char* const words[] = {"the", "archive", "member", "of", "a", "stream", "header", "buffer",
