@@ -1,7 +1,9 @@
 // Sequential append, sequential read and random 4 KiB reads over the two
-// in-memory buffers, with std::vector<char> as the reference.
+// in-memory buffers, with std::vector<char> as the reference, and the same
+// vector behind the buffers' reader-writer lock (one lock per call, as the
+// buffers take it) to show what the lock alone costs.
 //
-//   scripts/bench.sh membuffer_bench -- --benchmark_repetitions=5 \
+//   scripts/bench.sh membuffer_bench -- --benchmark_repetitions=5
 //       --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
 #include <benchmark/benchmark.h>
 
@@ -14,6 +16,7 @@
 
 #include "io/ContinuousMemBufferBase.h"
 #include "io/MemBufferBase.h"
+#include "util/RWLock.h"
 
 using namespace QRN_SPACE;
 
@@ -37,6 +40,24 @@ public:
 
 private:
     std::vector<char> _v;
+};
+
+// The reference with one lock per call, exclusive for appends.
+class LockedVectorStore {
+public:
+    explicit LockedVectorStore(long size) : _v(size) {}
+    void append(const char* p, int len) {
+        WriteGuard hold(_lock);
+        _v.append(p, len);
+    }
+    int read(long pos, char* out, int len) {
+        ReadGuard hold(_lock);
+        return _v.read(pos, out, len);
+    }
+
+private:
+    VectorStore _v;
+    RWLock _lock;
 };
 
 // The paged buffer, as the smart buffer creates it (no size hint).
@@ -136,12 +157,15 @@ void sizes(benchmark::internal::Benchmark* b) {
 }  // namespace
 
 BENCHMARK_TEMPLATE(BM_Append, VectorStore)->Apply(sizesAndPieces);
+BENCHMARK_TEMPLATE(BM_Append, LockedVectorStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_Append, PagedStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_Append, ContiguousStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_SequentialRead, VectorStore)->Apply(sizesAndPieces);
+BENCHMARK_TEMPLATE(BM_SequentialRead, LockedVectorStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_SequentialRead, PagedStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_SequentialRead, ContiguousStore)->Apply(sizesAndPieces);
 BENCHMARK_TEMPLATE(BM_RandomRead4K, VectorStore)->Apply(sizes);
+BENCHMARK_TEMPLATE(BM_RandomRead4K, LockedVectorStore)->Apply(sizes);
 BENCHMARK_TEMPLATE(BM_RandomRead4K, PagedStore)->Apply(sizes);
 BENCHMARK_TEMPLATE(BM_RandomRead4K, ContiguousStore)->Apply(sizes);
 

@@ -77,8 +77,10 @@ int ContinuousMemBufferBase::read(long pos, char* buf, int len) {
     if (buf == nullptr || len < 1) return 0;
     ReadGuard hold(_lock);
     if (pos >= _size) return 0;
-    long n = std::min<long>(len, _size - pos);
+    const long n = std::min<long>(len, _size - pos);
     std::memcpy(buf, _data.get() + pos, static_cast<size_t>(n));
+    const long end = pos + n;
+    if (_ahead.follows(pos, end)) ReadAhead::fetch(_data.get() + end, std::min(ReadAhead::span(n), _size - end));
     return static_cast<int>(n);
 }
 

@@ -172,14 +172,31 @@ int MemBufferBase::_copyOut(long pos, char* buf, int len) const {
     _checkRetained(pos);
     const int n = static_cast<int>(std::min<long>(len, _size - pos));
     int done = 0;
-    for (size_t i = static_cast<size_t>(_findBlock(pos)); done < n; ++i) {
+    size_t i = static_cast<size_t>(_findBlock(pos));
+    for (;; ++i) {
         const Buffer& b = *_blocks[i];
         const long offset = pos + done - b.start;
         const int k = static_cast<int>(std::min<long>(b.used - offset, n - done));
         std::memcpy(buf + done, b.data + offset, static_cast<size_t>(k));
         done += k;
+        if (done == n) break;
     }
+    // The next sequential read starts in the last block copied from.
+    _hint.store(static_cast<int>(i), std::memory_order_relaxed);
+    if (_ahead.follows(pos, pos + n)) _prefetch(i, pos + n, ReadAhead::span(n));
     return n;
+}
+
+// Prefetches `n` bytes from `pos` on, starting the search at block i.
+void MemBufferBase::_prefetch(size_t i, long pos, long n) const {
+    for (const size_t count = _blocks.size(); n > 0 && i < count; ++i) {
+        const Buffer& b = *_blocks[i];
+        const long offset = std::max<long>(pos - b.start, 0);
+        const long k = std::min<long>(b.used - offset, n);
+        if (k <= 0) continue;
+        ReadAhead::fetch(b.data + offset, k);
+        n -= k;
+    }
 }
 
 int MemBufferBase::read(long pos) {

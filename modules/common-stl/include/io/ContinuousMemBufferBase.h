@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "io/BufferBase.h"
+#include "io/ReadAhead.h"
 #include "util/RWLock.h"
 
 namespace QRN_SPACE {
@@ -60,6 +61,7 @@ private:
     Block _data;            // the block; null until the first growth
     long _capacity = 0;     // bytes allocated in _data
     mutable RWLock _lock;   // guards _data, _capacity and _size
+    ReadAhead _ahead;
 };
 
 }  // namespace QRN_SPACE

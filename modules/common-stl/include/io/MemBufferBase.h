@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "io/BufferBase.h"
+#include "io/ReadAhead.h"
 #include "util/RWLock.h"
 
 namespace QRN_SPACE {
@@ -86,6 +87,7 @@ private:
     void _ensureCapacity(long need);
     void _pad(long count);
     void _cleanupMem(long upTo);
+    void _prefetch(size_t i, long pos, long n) const;
     int _copyOut(long pos, char* buf, int len) const;
     int _writeLocked(long pos, const char* buf, int len);
     int _cutBlocks(long pos, int len);
@@ -94,6 +96,7 @@ private:
     std::deque<Block> _blocks;  // in position order
     mutable RWLock _lock;       // guards _blocks, _size and _discarded
     mutable std::atomic<int> _hint{0};  // index of the last block found
+    ReadAhead _ahead;
 };
 
 }  // namespace QRN_SPACE
