@@ -8,12 +8,16 @@
 // and, end to end like d, ZIP archives made by Info-ZIP's zip (ZipCorpus.h):
 //   z  one deflated entry holding the same bytes
 //   p  plain zlib over the same 20,000 deflate streams, one after the other
+//   q  as p, with one z_stream reset between streams and one Z_FINISH call
+//      each: the least plain zlib spends per stream
 //   s  20,000 small files (1 B to 8 KiB), deflated
 //   t  the same files stored
+//   n  t's bytes copied into the same places through a 1 KiB buffer, one
+//      read and one write per KiB as the copy helper does: t's floor
 //   m  memcpy of t's stored bytes into the same places
 // with the per-round throughput ratios of every variant after a and b
-// against both (and of s against p, t against m). Another variant joins the rounds with
-// one more entry in `variants`. Absolute speeds drift on a shared machine;
+// against both (and of s against p and q, t against n and m). Another
+// variant joins the rounds with one more entry in `variants`. Absolute speeds drift on a shared machine;
 // ratios within a round do not.
 //
 //   gzip_inflate_bench [rounds] [megabytes] [zip directory]
@@ -21,6 +25,7 @@
 //
 // The ZIP archives are made in the zip directory (default: one under
 // $TMPDIR) and kept there, for timing other unzippers on them.
+#include <benchmark/benchmark.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -192,6 +197,37 @@ void inflateEntry(const char* in, size_t inSize, char* out, size_t outSize) {
     inflateEnd(&z);
 }
 
+// q: as p, but the stream is reset rather than set up again, and the whole
+// output is asked for at once.
+class ReusedInflate {
+public:
+    ReusedInflate() { check(inflateInit2(&_z, -MAX_WBITS) == Z_OK, "inflateInit2"); }
+    ~ReusedInflate() { inflateEnd(&_z); }
+    void run(const char* in, size_t inSize, char* out, size_t outSize) {
+        check(inflateReset(&_z) == Z_OK, "inflateReset");
+        _z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(in));
+        _z.avail_in = static_cast<uInt>(inSize);
+        _z.next_out = reinterpret_cast<Bytef*>(out);
+        _z.avail_out = static_cast<uInt>(outSize);
+        check(inflate(&_z, Z_FINISH) == Z_STREAM_END, "inflate (q)");
+    }
+
+private:
+    z_stream _z{};
+};
+
+// n: a copy in 1 KiB steps through a buffer of its own.
+void copyThrough1K(const char* in, size_t n, char* out) {
+    static char chunk[1024];
+    for (size_t done = 0; done < n;) {
+        size_t k = std::min(n - done, sizeof chunk);
+        std::memcpy(chunk, in + done, k);
+        benchmark::ClobberMemory();  // two real copies, not one fused
+        std::memcpy(out + done, chunk, k);
+        done += k;
+    }
+}
+
 // c: the library's own path; the host buffer stands in as a memory buffer.
 struct IntoBuffer : ArchiveEntryProcessor {
     explicit IntoBuffer(BufferBase* buffer) : stream(buffer) {}
@@ -206,15 +242,15 @@ struct IntoBuffer : ArchiveEntryProcessor {
 
 struct Variant {
     Variant(const char* name, std::function<void()> run, std::function<bool()> verify, size_t bytes,
-            int baseline = -1, bool compared = true)
-        : name(name), run(std::move(run)), verify(std::move(verify)), bytes(bytes), baseline(baseline),
+            std::vector<size_t> baselines = {}, bool compared = true)
+        : name(name), run(std::move(run)), verify(std::move(verify)), bytes(bytes), baselines(std::move(baselines)),
           compared(compared) {}
 
     const char* name;
     std::function<void()> run;
     std::function<bool()> verify;
     size_t bytes;   // unpacked per run
-    int baseline;   // a further variant to compare with, or -1
+    std::vector<size_t> baselines;  // further variants to compare with
     bool compared;  // against a and b
     std::vector<double> seconds;
 
@@ -261,8 +297,8 @@ int main(int argc, char** argv) {
 
     std::vector<Variant> variants = {
         {"a zlib direct", [&] { inflateDirect(gz, &outA[0], outA.size()); }, [&] { return outA == data; },
-         data.size(), -1, false},
-        {"b zlib shaped", [&] { inflateShaped(gz, &outB[0]); }, [&] { return outB == data; }, data.size(), -1, false},
+         data.size(), {}, false},
+        {"b zlib shaped", [&] { inflateShaped(gz, &outB[0]); }, [&] { return outB == data; }, data.size(), {}, false},
         {"c GzipUnarchiver",
          [&] {
              IntoBuffer processor(&outC);
@@ -301,44 +337,65 @@ int main(int argc, char** argv) {
                         },
                         [&] { return memoryZ == data && outZ.size() == static_cast<long>(data.size()); },
                         data.size()});
-    std::string memoryP(zip.total, '\xA5');
-    variants.emplace_back("p zlib per small file",
+    // Every file of the tree into its own place of `memory`, by `copy`
+    // (file index, its bytes there) or, for the deflated tree's stored
+    // files, memcpy.
+    auto eachFile = [&](std::string& memory, const std::function<void(size_t, char*)>& copy) {
+        size_t at = 0;
+        for (size_t i = 0; i < zip.files.size(); ++i) {
+            copy(i, &memory[at]);
+            at += zip.files[i].size();
+        }
+    };
+    using Inflate = std::function<void(const char*, size_t, char*, size_t)>;
+    using Copy = std::function<void(const char*, size_t, char*)>;
+    auto eachDeflated = [&](std::string& memory, const Inflate& inflate) {
+        eachFile(memory, [&](size_t i, char* out) {
+            const char* entry = zip.small.data() + zip.smallAt[i];
+            if (zip.smallStored[i]) {
+                std::memcpy(out, entry, zip.files[i].size());
+            } else {
+                inflate(entry, zip.smallSize[i], out, zip.files[i].size());
+            }
+        });
+    };
+    auto eachStored = [&](std::string& memory, const Copy& copy) {
+        eachFile(memory,
+                 [&](size_t i, char* out) { copy(zip.stored.data() + zip.storedAt[i], zip.files[i].size(), out); });
+    };
+    std::string memoryP(zip.total, '\xA5'), memoryQ(zip.total, '\xA5'), memoryN(zip.total, '\xA5');
+    ReusedInflate reused;
+    const size_t plain = variants.size();
+    variants.emplace_back("p zlib per small file", [&] { eachDeflated(memoryP, inflateEntry); },
+                          [&] { return memoryP == all; }, zip.total, std::vector<size_t>{}, false);
+    variants.emplace_back("q zlib reset per file",
                           [&] {
-                              size_t at = 0;
-                              for (size_t i = 0; i < zip.files.size(); ++i) {
-                                  const char* entry = zip.small.data() + zip.smallAt[i];
-                                  if (zip.smallStored[i]) {
-                                      std::memcpy(&memoryP[at], entry, zip.files[i].size());
-                                  } else {
-                                      inflateEntry(entry, zip.smallSize[i], &memoryP[at], zip.files[i].size());
-                                  }
-                                  at += zip.files[i].size();
-                              }
+                              eachDeflated(memoryQ, [&](const char* in, size_t inSize, char* out, size_t outSize) {
+                                  reused.run(in, inSize, out, outSize);
+                              });
                           },
-                          [&] { return memoryP == all; }, zip.total, -1, false);
+                          [&] { return memoryQ == all; }, zip.total, std::vector<size_t>{});
     const size_t small = variants.size();
     variants.push_back({"s zip, small files",
                         [&] {
                             entriesS.restart();
                             unzip(zip.small, entriesS, "decompress (s)");
                         },
-                        [&] { return entriesS.holds(zip.files); }, zip.total, static_cast<int>(small - 1)});
+                        [&] { return entriesS.holds(zip.files); }, zip.total, {plain, plain + 1}});
     const size_t stored = variants.size();
     variants.push_back({"t zip, stored",
                         [&] {
                             entriesT.restart();
                             unzip(zip.stored, entriesT, "decompress (t)");
                         },
-                        [&] { return entriesT.holds(zip.files); }, zip.total, static_cast<int>(stored + 1)});
+                        [&] { return entriesT.holds(zip.files); }, zip.total, {stored + 1, stored + 2}});
+    variants.push_back({"n copy in 1 KiB steps", [&] { eachStored(memoryN, copyThrough1K); },
+                        [&] { return memoryN == all; }, zip.total, {stored + 2}, false});
     variants.push_back({"m memcpy stored",
                         [&] {
-                            size_t at = 0;
-                            for (size_t i = 0; i < zip.files.size(); ++i) {
-                                std::memcpy(&memoryM[at], zip.stored.data() + zip.storedAt[i], zip.files[i].size());
-                                at += zip.files[i].size();
-                            }
+                            eachStored(memoryM, [](const char* in, size_t n, char* out) { std::memcpy(out, in, n); });
                         },
-                        [&] { return memoryM == all; }, zip.total, -1, false});
+                        [&] { return memoryM == all; }, zip.total, {}, false});
 
     for (int round = 0; round < rounds; ++round) {
         for (size_t k = 0; k < variants.size(); ++k) {
@@ -356,8 +413,8 @@ int main(int argc, char** argv) {
                 std::printf("  %c/b %.3f  %c/a %.3f", v.name[0], v.rate(round) / variants[1].rate(round), v.name[0],
                             v.rate(round) / variants[0].rate(round));
             }
-            if (v.baseline >= 0) {
-                const Variant& base = variants[static_cast<size_t>(v.baseline)];
+            for (size_t b : v.baselines) {
+                const Variant& base = variants[b];
                 std::printf("  %c/%c %.3f", v.name[0], base.name[0], v.rate(round) / base.rate(round));
             }
         }
@@ -373,10 +430,7 @@ int main(int argc, char** argv) {
         for (int r = 0; r < rounds; ++r) rates.push_back(v.rate(r) / 1e6);
         std::printf("median %-20s %6.0f MB/s", v.name, median(rates));
         if (v.compared) std::printf("  /b %.3f  /a %.3f", medianRatio(v, variants[1]), medianRatio(v, variants[0]));
-        if (v.baseline >= 0) {
-            const Variant& base = variants[static_cast<size_t>(v.baseline)];
-            std::printf("  /%c %.3f", base.name[0], medianRatio(v, base));
-        }
+        for (size_t b : v.baselines) std::printf("  /%c %.3f", variants[b].name[0], medianRatio(v, variants[b]));
         std::printf("\n");
     }
     // Entries per second; for the deflated tree also what each entry costs
@@ -391,7 +445,7 @@ int main(int argc, char** argv) {
             double t = v.seconds[k];
             entries.push_back(kSmallFiles / t);
             beyondA.push_back((t - zip.total / variants[0].rate(r)) / kSmallFiles * 1e6);
-            beyondP.push_back((t - variants[small - 1].seconds[k]) / kSmallFiles * 1e6);
+            beyondP.push_back((t - variants[plain].seconds[k]) / kSmallFiles * 1e6);
         }
         std::printf("median %-20s %6.0f entries/s", v.name, median(entries));
         if (i == small) std::printf(", %.2f us per entry beyond a, %.2f beyond p", median(beyondA), median(beyondP));
