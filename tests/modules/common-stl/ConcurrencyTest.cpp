@@ -8,12 +8,14 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <fstream>
 #include <functional>
 #include <thread>
 
 #include "io/ContinuousMemBufferBase.h"
 #include "io/MemBufferBase.h"
+#include "util/Mutex.h"
 #include "util/RWLock.h"
 
 using namespace QRN_SPACE;
@@ -86,6 +88,24 @@ TEST(RWLockThreads, ReadersKeepEnteringWhileAWriterWaits) {
     EXPECT_FALSE(writerIn);  // one reader is still in
     lock.unlock();           // the last reader out wakes the writer
     writer[0].join();
+}
+
+// A far deadline waits for the notification: where time_t has 32 bits,
+// now + INT_MAX must not wrap into the past and time out at once.
+TEST(ConditionThreads, FarDeadlineWaitsForTheNotification) {
+    Mutex mutex;
+    Condition ready(mutex);
+    std::atomic<int> result{-1};
+    auto waiter = startBlocked(1, [&](int) {
+        Monitor hold(mutex);
+        result = ready.wait(INT_MAX);
+    });
+    {
+        Monitor hold(mutex);
+        ready.notify();
+    }
+    waiter[0].join();
+    EXPECT_EQ(result, 0);
 }
 
 // Two threads hand the lock over, reader to writer, writer to writer and

@@ -121,6 +121,13 @@ TEST(ContinuousMemBufferBase, GrowsBy4096BytesOfHeadroomOrBreaks) {
         }
         EXPECT_EQ(moves, 0) << capacity << " / " << appends;
     }
+    // A write whose source is the buffer's own block, through a growth: the
+    // bytes are copied before the old block goes.
+    ContinuousMemBufferBase self(0);
+    const std::string head = patternBytes(5000, 3);
+    self.append(head.data(), 5000);
+    ASSERT_EQ(self.write(5000, self.getMemAddress(), 5000), 5000);
+    EXPECT_EQ(std::string(self.getMemAddress() + 5000, 5000), head);
 }
 
 // A discarding read releases the blocks before the one holding the end of

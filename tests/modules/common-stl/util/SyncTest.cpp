@@ -72,4 +72,11 @@ TEST(FileLock, TakesShareOnlyFromSetPathAndExcludesAnotherProcessUntilReleased) 
     ASSERT_EQ(waitpid(child, &status, 0), child);
     close(fd);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+
+    // Paths are cut at 255 bytes: the lock is on the file the cut path names.
+    const std::string cut = dir.file(std::string(255 - dir.file("").size(), 'x'));
+    FileLock longer((cut + "tail").c_str(), false);
+    EXPECT_TRUE(longer.isValid() && stat(cut.c_str(), &st) == 0);
+    EXPECT_EQ(longer.unlink(), 0);
+    EXPECT_NE(stat(cut.c_str(), &st), 0);
 }
