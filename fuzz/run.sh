@@ -1,13 +1,18 @@
 #!/usr/bin/env bash
 # Runs every libFuzzer harness of a build for the given number of seconds,
-# starting from seeds made here by real tools (gzip, zip, Python) plus a few
-# crafted headers. Fails when any harness finds a crash, leak or timeout;
-# the input that triggered it is kept under <builddir>/fuzz-findings.
+# as many side by side as there are cores, starting from seeds made here by
+# real tools (gzip, zip, Python) plus a few crafted headers. A harness whose
+# seeds differ from the archive seeds has a script fuzz/seeds/<harness>.sh,
+# called with the directory to fill and the archive seed directory; a
+# committed corpus under fuzz/corpus/<harness>/ is read as well. Fails when
+# any harness finds a crash, leak or timeout; the input that triggered it is
+# kept under <builddir>/fuzz-findings.
 #
 #   fuzz/run.sh <builddir> <seconds>
 set -euo pipefail
 [ $# -eq 2 ] || { echo "usage: $0 <builddir> <seconds>" >&2; exit 2; }
 dir=$(cd "$1" && pwd) seconds=$2
+here=$(cd "$(dirname "$0")" && pwd)
 work=$dir/fuzz-work findings=$dir/fuzz-findings
 rm -rf "$work" "$findings"
 mkdir -p "$work/seeds" "$findings"
@@ -80,19 +85,33 @@ with zipfile.ZipFile(seeds + 'bzip2-between.zip', 'w', zipfile.ZIP_DEFLATED) as 
     z.comment = b'archive comment'
 PY
 
-status=0
-for fuzzer in $(find "$dir/fuzz" -maxdepth 1 -type f -executable -name '*_fuzzer' | sort); do
+# One harness: its own working corpus first (new units go there), then its
+# seeds and any committed corpus.
+run_one() { # run_one <fuzzer>
+  local fuzzer=$1 name seeds corpus=()
   name=$(basename "$fuzzer")
-  echo "--- $name: ${seconds} s"
+  seeds=$work/seeds
+  if [ -x "$here/seeds/$name.sh" ]; then
+    seeds=$work/seeds-$name
+    mkdir -p "$seeds"
+    "$here/seeds/$name.sh" "$seeds" "$work/seeds" >"$work/$name.seeds.log" 2>&1 ||
+      { echo "--- $name: seed script failed"; cat "$work/$name.seeds.log"; return 1; }
+  fi
+  [ -d "$here/corpus/$name" ] && corpus=("$here/corpus/$name")
   mkdir -p "$work/$name"
   if ! "$fuzzer" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 \
-      -artifact_prefix="$findings/$name-" "$work/$name" "$work/seeds" 2>"$work/$name.log"; then
-    tail -60 "$work/$name.log"
-    status=1
-  else
-    grep -E '^(stat::number_of_executed_units|stat::new_units_added)' "$work/$name.log" || true
+      -artifact_prefix="$findings/$name-" "$work/$name" "$seeds" "${corpus[@]}" 2>"$work/$name.log"; then
+    echo "--- $name: FAILED"; tail -60 "$work/$name.log"
+    return 1
   fi
-done
+  echo "--- $name: ${seconds} s, $(grep -E '^stat::number_of_executed_units' "$work/$name.log" | awk '{print $2}') runs, $(grep -E '^stat::new_units_added' "$work/$name.log" | awk '{print $2}') new units"
+}
+export -f run_one
+export work findings seconds here
+
+status=0
+find "$dir/fuzz" -maxdepth 1 -type f -executable -name '*_fuzzer' | sort |
+  xargs -r -P "$(nproc)" -I{} bash -c 'run_one "$1"' _ {} || status=1
 if compgen -G "$findings/*" >/dev/null; then
   echo "findings:"; ls -l "$findings"; status=1
 fi
