@@ -36,6 +36,11 @@ void BufferedInputStream::close() {
     _closed = true;
 }
 
+int BufferedInputStream::_readAfterFill() {
+    if (fillBuffer() == 0) return -1;
+    return static_cast<unsigned char>(_buffer[_position++]);
+}
+
 int BufferedInputStream::read(char* buf, int len) {
     _ensureOpen();
     int done = 0;

@@ -25,11 +25,11 @@ public:
     int available() override;
     // Releases the buffer; the wrapped stream stays open.
     void close() override;
-    // The next byte as 0..255, or -1 at the end. Inlined for the common case
-    // of a byte in the buffer.
+    // The next byte as 0..255, or -1 at the end. Refilling is kept out of
+    // line, so that a byte from the buffer takes a few instructions.
     int read() override {
-        if (_position >= _count && fillBuffer() == 0) return -1;
-        return static_cast<unsigned char>(_buffer[_position++]);
+        if (_position < _count) return static_cast<unsigned char>(_buffer[_position++]);
+        return _readAfterFill();
     }
     // Keeps refilling until len bytes are delivered or the wrapped stream
     // ends: short only at the end, 0 there.
@@ -52,6 +52,7 @@ protected:
     int fillBuffer();
 
 private:
+    int _readAfterFill();
     bool _scanLine(std::string& line);
     void _dropMark();
     void _growMarkBuffer();
