@@ -54,25 +54,35 @@ int openFlags(int mode) {
 
 int clampToInt(off_t n) { return n < 0 ? 0 : n > INT_MAX ? INT_MAX : static_cast<int>(n); }
 
-}  // namespace
-
-FileInputStream::FileInputStream(const char* path) : _fd(::open(path, O_RDONLY)) {
-    if (_fd < 0) {
+// The descriptor of `path`; a failure marks the stream closed and throws
+// path + ": " + the system error at `site`.
+int openPath(const char* path, int flags, bool& closed, ErrorSite site) {
+    const int fd = ::open(path, flags, kCreateMode);
+    if (fd < 0) {
         const int error = errno;
-        _closed = true;
-        throwSystemError({kInSource, kLineOpenIn}, error, std::string(path) + ": ");
+        closed = true;
+        throwSystemError(site, error, std::string(path) + ": ");
+    }
+    return fd;
+}
+
+// For destructors: a failure to close has nobody to go to from there.
+template <class Stream>
+void closeQuietly(Stream& stream) {
+    try {
+        stream.close();
+    } catch (const Exception&) {
     }
 }
+
+}  // namespace
+
+FileInputStream::FileInputStream(const char* path)
+    : _fd(openPath(path, O_RDONLY, _closed, {kInSource, kLineOpenIn})) {}
 
 FileInputStream::FileInputStream(int fd) : _fd(fd) {}
 
-FileInputStream::~FileInputStream() {
-    try {
-        close();
-    } catch (const Exception&) {
-        // Nothing to report to from here.
-    }
-}
+FileInputStream::~FileInputStream() { closeQuietly(*this); }
 
 int FileInputStream::available() {
     _ensureOpen();
@@ -146,23 +156,12 @@ void FileInputStream::reset() {
     if (::lseek(_fd, _mark, SEEK_SET) < 0) failIn(kLineReset);
 }
 
-FileOutputStream::FileOutputStream(const char* path, int mode) : _fd(::open(path, openFlags(mode), kCreateMode)) {
-    if (_fd < 0) {
-        const int error = errno;
-        _closed = true;
-        throwSystemError({kOutSource, kLineOpenOut}, error, std::string(path) + ": ");
-    }
-}
+FileOutputStream::FileOutputStream(const char* path, int mode)
+    : _fd(openPath(path, openFlags(mode), _closed, {kOutSource, kLineOpenOut})) {}
 
 FileOutputStream::FileOutputStream(int fd) : _fd(fd) {}
 
-FileOutputStream::~FileOutputStream() {
-    try {
-        close();
-    } catch (const Exception&) {
-        // Nothing to report to from here.
-    }
-}
+FileOutputStream::~FileOutputStream() { closeQuietly(*this); }
 
 void FileOutputStream::close() {
     if (_closed) return;
