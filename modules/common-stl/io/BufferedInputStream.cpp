@@ -25,7 +25,7 @@ BufferedInputStream::~BufferedInputStream() = default;
 
 int BufferedInputStream::available() {
     _ensureOpen();
-    const long total = static_cast<long>(_count - _position) + _in.available();
+    const long long total = static_cast<long long>(_count - _position) + _in.available();  // no int overflow
     return total > INT_MAX ? INT_MAX : static_cast<int>(total);
 }
 
