@@ -27,6 +27,12 @@ required=(
   'vtable for EntryProcessor'
   'Utils::errMsg(char const*, ...)'
   'typeinfo for QRN_SPACE::Exception'
+  'QRN_SPACE::FileInputStream::FileInputStream(char const*)'
+  'QRN_SPACE::FileOutputStream::FileOutputStream(char const*, int)'
+  'vtable for QRN_SPACE::BufferedInputStream'
+  'QRN_SPACE::BufferedInputStream::fillBuffer()'
+  'vtable for QRN_SPACE::BufferedOutputStream'
+  'QRN_SPACE::StringOutputStream::StringOutputStream(int)'
 )
 for name in "${required[@]}"; do
   grep -qxF "$name" <<<"$symbols" || { echo "FAILED: not exported: $name"; exit 1; }

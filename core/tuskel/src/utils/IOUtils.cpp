@@ -65,7 +65,7 @@ int IOUtils::getUChar(InputStream& in, unsigned int offset) {
     int got = in.read(&c, 1);
     in.reset();
     // Whatever errno holds now is the message: intended.
-    if (got != 1) throwAt<IOException>(std::strerror(errno), {kSource, kLineGetUChar});
+    if (got != 1) throwSystemError({kSource, kLineGetUChar}, errno);
     return static_cast<unsigned char>(c);
 }
 

@@ -1,6 +1,7 @@
 #ifndef QRN_LANG_EXCEPTION_H
 #define QRN_LANG_EXCEPTION_H
 
+#include <cstring>
 #include <string>
 
 #include "lang/RNObject.h"
@@ -72,6 +73,14 @@ template <class E>
     e.file = site.file;
     e.line = site.line;
     throw e;
+}
+
+// The IOException of a failed system call: strerror(error) between `prefix`
+// (a path and ": ", where one is involved) and `suffix`. Callers take errno
+// right after the call, before anything else can change it.
+[[noreturn]] inline void throwSystemError(ErrorSite site, int error, const std::string& prefix = std::string(),
+                                          const char* suffix = "") {
+    throwAt<IOException>(prefix + std::strerror(error) + suffix, site);
 }
 
 }  // namespace QRN_SPACE
