@@ -27,6 +27,15 @@ required=(
   'vtable for EntryProcessor'
   'Utils::errMsg(char const*, ...)'
   'typeinfo for QRN_SPACE::Exception'
+  'QRN_SPACE::check_zipexe(QRN_SPACE::InputStream&, long&)'
+  'vtable for QRN_SPACE::ZipExeUnarchiver'
+  'vtable for QRN_SPACE::FileTypeProcessor'
+  'typeinfo for QRN_SPACE::FileTypeProcessor::CallBack'
+  'vtable for DefaultCallBack'
+  'QRN_SPACE::FileTypeProcessor::call_back'
+  'QRN_SPACE::FileTypeProcessor::mutex'
+  'QRN_SPACE::FileTypeIdent::checkFileType(char const*)'
+  'QRN_SPACE::FileTypeIdent::priorMatch(unsigned char const*, int, int, int)'
 )
 for name in "${required[@]}"; do
   grep -qxF "$name" <<<"$symbols" || { echo "FAILED: not exported: $name"; exit 1; }
