@@ -22,6 +22,8 @@ Crafted byte by byte (no toolchain makes them):
 
 exes.list: a line per file, its name and where its archive begins as the
 detection must report it; -1 where it must not recognise the file.
+
+With --small the archive holds only small files (for fuzzing seeds).
 """
 import os
 import random
@@ -47,12 +49,12 @@ def marker(pos):
     return SIGNATURE + bytes(4) + struct.pack("<I", pos)
 
 
-def make_archive():
+def make_archive(small):
     os.makedirs("tree/sub", exist_ok=True)
     os.makedirs("tree/emptydir", exist_ok=True)
     files = {"hello.txt": b"hello from inside an executable\n", "empty.txt": b"",
-             "sub/text.txt": b"".join(b"line %d\n" % i for i in range(20000)),
-             "sub/random.bin": random.Random(3).randbytes(70000)}
+             "sub/text.txt": b"".join(b"line %d\n" % i for i in range(100 if small else 20000)),
+             "sub/random.bin": random.Random(3).randbytes(100 if small else 70000)}
     for name, data in files.items():
         with open("tree/" + name, "wb") as f:
             f.write(data)
@@ -152,7 +154,7 @@ def make_ne(archive, listing):
 
 
 def main():
-    archive = make_archive()
+    archive = make_archive("--small" in sys.argv[1:])
     listing = []
     make_pe(archive, listing)
     make_dos(archive, listing)
