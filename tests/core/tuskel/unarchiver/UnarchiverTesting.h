@@ -11,6 +11,7 @@
 
 #include "support/TestStreams.h"
 #include "unarchiver/Tuskel.h"
+#include "utils/IOUtils.h"
 
 namespace unarchiver_test {
 
@@ -31,6 +32,12 @@ std::string join(const T&... values) {
     std::ostringstream s;
     ((s << values << ' '), ...);
     return s.str();
+}
+
+// `data` with a little-endian field of `width` bytes (2 or 4) at `at` set to `value`.
+inline std::string patched(std::string data, size_t at, long value, int width = 2) {
+    width == 2 ? IOUtils::writeUShort(&data[at], static_cast<unsigned>(value)) : IOUtils::writeUInt(&data[at], value);
+    return data;
 }
 
 inline unsigned zlibCrc(const std::string& s) {

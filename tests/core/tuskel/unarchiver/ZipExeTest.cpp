@@ -53,13 +53,6 @@ std::vector<std::pair<std::string, long>> exes() {
     return all;
 }
 
-std::vector<std::string> lines(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> all;
-    for (std::string line; std::getline(in, line);) all.push_back(line);
-    return all;
-}
-
 // check_zipexe's answer as "pos", or "-" (the position it leaves must not matter then), and where the stream is left.
 std::string detected(const std::string& data, int chunk = 7) {
     ChunkedInputStream in(data, chunk);
@@ -94,11 +87,6 @@ std::string marked(std::string image, size_t at, uint32_t pos, size_t signature 
     return image;
 }
 
-std::string patched(std::string data, size_t at, unsigned value) {
-    IOUtils::writeUShort(&data[at], value);
-    return data;
-}
-
 }  // namespace
 
 TEST(ZipExe, SelfExtractorsOfRealToolsUnpackLikeUnzip) {
@@ -125,9 +113,10 @@ TEST(ZipExe, SelfExtractorsOfRealToolsUnpackLikeUnzip) {
             continue;
         }
         EXPECT_EQ(failed, "no error|no error");
-        std::vector<std::string> names = lines(tuskel_test::commandOutput("unzip -Z1 " + shellQuote(path)));
+        std::istringstream listed(tuskel_test::commandOutput("unzip -Z1 " + shellQuote(path)));
+        std::vector<std::string> names;
         std::string want;
-        for (const auto& name : names) want += name + " ";
+        for (std::string name; std::getline(listed, name); want += name + " ") names.push_back(name);
         for (Recorder* r : {&streamed, &buffered}) {
             ASSERT_EQ(r->names(), want + "$ ");
             for (size_t i = 0; i < names.size(); ++i) {
@@ -169,7 +158,7 @@ TEST(ZipExe, HostileHeadersAnswerFalseOrTheRightPositionAndAllocateNoMoreThanThe
         // Section counts and header offsets past the end.
         {pe(raw, {}, 256), "-"},
         {pe(0x2000, {}, 257), "-"},
-        {[&] { std::string d = fixed; IOUtils::writeUInt(&d[0x3C], 0xFFFFFFF0); return d; }(), "-"},
+        {patched(fixed, 0x3C, 0xFFFFFFF0, 4), "-"},
         // The executable cut at each header's end, and one byte before the marker's.
         {fixed.substr(0, 64), "-"},
         {fixed.substr(0, 0x40 + 64), "-"},

@@ -43,11 +43,6 @@ std::vector<Listed> listed(const std::string& archive) {
     return v;
 }
 
-std::string patched(std::string data, size_t at, long value, int width = 2) {
-    width == 2 ? IOUtils::writeUShort(&data[at], static_cast<unsigned>(value)) : IOUtils::writeUInt(&data[at], value);
-    return data;
-}
-
 // Runs an unarchiver over a stream handing out at most `chunk` bytes per read, or over a buffer.
 void unpack(std::string data, Recorder& r, bool overBuffer, int chunk = 1 << 30, DecompressProcessor* dp = nullptr) {
     ChunkedInputStream in(data, chunk);
