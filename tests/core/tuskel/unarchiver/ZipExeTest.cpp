@@ -15,9 +15,10 @@ using namespace unarchiver_test;
 using tuskel_test::shellQuote;
 
 // The largest array allocated since it was last cleared: what the detection
-// allocates must stay within its input, whatever the headers claim.
+// allocates must stay within its input, whatever the headers claim. Counted
+// only without sanitizers, whose runtimes bring their own operator new.
 static std::atomic<size_t> largestArray{0};
-
+#ifdef TUSKEL_COUNT_ARRAYS
 static void* allocateArray(size_t n) noexcept {
     for (size_t seen = largestArray; n > seen && !largestArray.compare_exchange_weak(seen, n);) {
     }
@@ -32,6 +33,7 @@ void* operator new[](size_t n, const std::nothrow_t&) noexcept { return allocate
 void operator delete[](void* p) noexcept { std::free(p); }
 void operator delete[](void* p, size_t) noexcept { std::free(p); }
 void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
+#endif
 
 namespace {
 
@@ -180,8 +182,10 @@ TEST(ZipExe, HostileHeadersAnswerFalseOrTheRightPositionAndAllocateNoMoreThanThe
         BufferBaseInputStream in(buffer.get());
         long pos = -1;
         largestArray = 0;
-        check_zipexe(in, pos);
+        EXPECT_EQ(check_zipexe(in, pos), c.pos != "-");
+#ifdef TUSKEL_COUNT_ARRAYS
         EXPECT_LE(largestArray, c.data.size());
+#endif
     }
     // 257 sections: refused before any section header is read.
     ChunkedInputStream in(pe(0x2000, {}, 257));
