@@ -36,7 +36,8 @@ const unsigned char kCharClass[256] = {
 const unsigned char kPlainText = 1;
 
 // Does buf hold at least `min` bytes with `sig` (n bytes) at `offset`?
-// Every caller has offset + n <= min.
+// Every caller has offset + n <= min; intended: several demand a byte or
+// more beyond what they compare.
 bool has(Bytes buf, int len, int min, int offset, const char* sig, int n) {
     return buf != nullptr && len >= min && std::memcmp(buf + offset, sig, static_cast<size_t>(n)) == 0;
 }

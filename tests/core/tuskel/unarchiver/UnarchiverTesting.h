@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <map>
 #include <sstream>
 
+#include "support/TestFiles.h"
 #include "support/TestStreams.h"
 #include "unarchiver/Tuskel.h"
 #include "utils/IOUtils.h"
@@ -32,6 +34,18 @@ std::string join(const T&... values) {
     std::ostringstream s;
     ((s << values << ' '), ...);
     return s.str();
+}
+
+// Where `script` (Python) made `name`: each script runs once per test run, in a directory of its own.
+inline std::string madeBy(const std::string& script, const std::string& name) {
+    static std::map<std::string, std::unique_ptr<tuskel_test::TempDir>> dirs;
+    std::unique_ptr<tuskel_test::TempDir>& dir = dirs[script];
+    if (!dir) {
+        dir.reset(new tuskel_test::TempDir());
+        using tuskel_test::shellQuote;
+        EXPECT_EQ(tuskel_test::runCommand("cd " + shellQuote(dir->path()) + " && python3 " + shellQuote(script)), 0);
+    }
+    return dir->file(name);
 }
 
 // `data` with a little-endian field of `width` bytes (2 or 4) at `at` set to `value`.

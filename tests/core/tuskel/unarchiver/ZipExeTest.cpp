@@ -38,13 +38,7 @@ void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); 
 namespace {
 
 // The executables make_exes.py makes, once per run, and where their archives begin (-1: not a self-extractor).
-std::string exePath(const std::string& name) {
-    static tuskel_test::TempDir dir;
-    static int made =
-        tuskel_test::runCommand("cd " + shellQuote(dir.path()) + " && python3 " + shellQuote(TUSKEL_MAKE_EXES));
-    EXPECT_EQ(made, 0);
-    return dir.file(name);
-}
+std::string exePath(const std::string& name) { return madeBy(TUSKEL_MAKE_EXES, name); }
 
 std::string exe(const std::string& name) { return tuskel_test::readFile(exePath(name)); }
 

@@ -14,13 +14,7 @@ typedef ZipConstants Z;
 namespace {
 
 // The archives make_zips.py makes with zip and zipfile, and zipfile's view of them, once per run.
-std::string zipPath(const std::string& name) {
-    static tuskel_test::TempDir dir;
-    static int made =
-        tuskel_test::runCommand("cd " + shellQuote(dir.path()) + " && python3 " + shellQuote(TUSKEL_MAKE_ZIPS));
-    EXPECT_EQ(made, 0);
-    return dir.file(name);
-}
+std::string zipPath(const std::string& name) { return madeBy(TUSKEL_MAKE_ZIPS, name); }
 
 std::string zip(const std::string& name) { return tuskel_test::readFile(zipPath(name)); }
 
