@@ -33,6 +33,15 @@ required=(
   'QRN_SPACE::BufferedInputStream::fillBuffer()'
   'vtable for QRN_SPACE::BufferedOutputStream'
   'QRN_SPACE::StringOutputStream::StringOutputStream(int)'
+  'QRN_SPACE::check_zipexe(QRN_SPACE::InputStream&, long&)'
+  'vtable for QRN_SPACE::ZipExeUnarchiver'
+  'vtable for QRN_SPACE::FileTypeProcessor'
+  'typeinfo for QRN_SPACE::FileTypeProcessor::CallBack'
+  'vtable for DefaultCallBack'
+  'QRN_SPACE::FileTypeProcessor::call_back'
+  'QRN_SPACE::FileTypeProcessor::mutex'
+  'QRN_SPACE::FileTypeIdent::checkFileType(char const*)'
+  'QRN_SPACE::FileTypeIdent::priorMatch(unsigned char const*, int, int, int)'
 )
 for name in "${required[@]}"; do
   grep -qxF "$name" <<<"$symbols" || { echo "FAILED: not exported: $name"; exit 1; }

@@ -68,6 +68,8 @@ public:
     void restart();
 
 private:
+    friend class ZipExeUnarchiver;  // moves _in to the archive inside an executable
+
     std::unique_ptr<ZipEntryInfo> _nextEntry();
     bool _takeUp(std::unique_ptr<ZipEntryInfo>& entry, int& action);
     void _unpack(std::unique_ptr<ZipEntryInfo> entry, int& action);

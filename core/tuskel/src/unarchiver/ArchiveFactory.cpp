@@ -7,6 +7,7 @@
 
 #include "unarchiver/ArchiveId.h"
 #include "unarchiver/Crc.h"
+#include "unarchiver/FileTypeProcessor.h"
 #include "unarchiver/GzipUnarchiver.h"
 #include "unarchiver/ZipUnarchiver.h"
 
@@ -19,6 +20,7 @@ std::vector<ArchiveId*>* PackFactory::factory = nullptr;
 
 EmptyArchiveId ARCHIVEID_UNKNOWN;
 EmptyArchiveId ARCHIVEID_NONE;
+Mutex FileTypeProcessor::mutex;
 
 namespace {
 

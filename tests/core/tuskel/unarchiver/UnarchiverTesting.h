@@ -7,10 +7,13 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <map>
 #include <sstream>
 
+#include "support/TestFiles.h"
 #include "support/TestStreams.h"
 #include "unarchiver/Tuskel.h"
+#include "utils/IOUtils.h"
 
 namespace unarchiver_test {
 
@@ -31,6 +34,24 @@ std::string join(const T&... values) {
     std::ostringstream s;
     ((s << values << ' '), ...);
     return s.str();
+}
+
+// Where `script` (Python) made `name`: each script runs once per test run, in a directory of its own.
+inline std::string madeBy(const std::string& script, const std::string& name) {
+    static std::map<std::string, std::unique_ptr<tuskel_test::TempDir>> dirs;
+    std::unique_ptr<tuskel_test::TempDir>& dir = dirs[script];
+    if (!dir) {
+        dir.reset(new tuskel_test::TempDir());
+        using tuskel_test::shellQuote;
+        EXPECT_EQ(tuskel_test::runCommand("cd " + shellQuote(dir->path()) + " && python3 " + shellQuote(script)), 0);
+    }
+    return dir->file(name);
+}
+
+// `data` with a little-endian field of `width` bytes (2 or 4) at `at` set to `value`.
+inline std::string patched(std::string data, size_t at, long value, int width = 2) {
+    width == 2 ? IOUtils::writeUShort(&data[at], static_cast<unsigned>(value)) : IOUtils::writeUInt(&data[at], value);
+    return data;
 }
 
 inline unsigned zlibCrc(const std::string& s) {

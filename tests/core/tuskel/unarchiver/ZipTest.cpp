@@ -14,13 +14,7 @@ typedef ZipConstants Z;
 namespace {
 
 // The archives make_zips.py makes with zip and zipfile, and zipfile's view of them, once per run.
-std::string zipPath(const std::string& name) {
-    static tuskel_test::TempDir dir;
-    static int made =
-        tuskel_test::runCommand("cd " + shellQuote(dir.path()) + " && python3 " + shellQuote(TUSKEL_MAKE_ZIPS));
-    EXPECT_EQ(made, 0);
-    return dir.file(name);
-}
+std::string zipPath(const std::string& name) { return madeBy(TUSKEL_MAKE_ZIPS, name); }
 
 std::string zip(const std::string& name) { return tuskel_test::readFile(zipPath(name)); }
 
@@ -41,11 +35,6 @@ std::vector<Listed> listed(const std::string& archive) {
         v.push_back(e);
     }
     return v;
-}
-
-std::string patched(std::string data, size_t at, long value, int width = 2) {
-    width == 2 ? IOUtils::writeUShort(&data[at], static_cast<unsigned>(value)) : IOUtils::writeUInt(&data[at], value);
-    return data;
 }
 
 // Runs an unarchiver over a stream handing out at most `chunk` bytes per read, or over a buffer.
