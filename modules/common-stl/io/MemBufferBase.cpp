@@ -19,24 +19,22 @@ const int kLineNextBlock = 447;
 const int kLineInsertFront = 599;
 const int kLineInsertInside = 608;
 
-[[noreturn]] void throwSystemError(int error, int line) {
-    throwAt<IOException>(std::strerror(error), {kSource, line});
-}
+[[noreturn]] void systemError(int error, int line) { throwSystemError(error, {kSource, line}); }
 
 // pos + len for two non-negative values; a sum past LONG_MAX could never be
 // allocated and is refused as such instead of overflowing.
 long endOf(long pos, long len) {
-    if (pos > LONG_MAX - len) throwSystemError(ENOMEM, kLineNextBlock);
+    if (pos > LONG_MAX - len) systemError(ENOMEM, kLineNextBlock);
     return pos + len;
 }
 
 // A new block; a capacity that an int cannot hold or a failed allocation of
 // the block itself is reported at `line`.
 std::unique_ptr<MemBufferBase::Buffer> newBlock(long start, long capacity, bool exact, int line) {
-    if (capacity > INT_MAX) throwSystemError(ENOMEM, line);
+    if (capacity > INT_MAX) systemError(ENOMEM, line);
     MemBufferBase::Buffer* block = new (std::nothrow)
         MemBufferBase::Buffer(start, static_cast<int>(capacity), exact);
-    if (block == nullptr) throwSystemError(ENOMEM, line);
+    if (block == nullptr) systemError(ENOMEM, line);
     return std::unique_ptr<MemBufferBase::Buffer>(block);
 }
 
@@ -48,10 +46,10 @@ MemBufferBase::Buffer::Buffer(long start, int capacity, bool exact)
     : start(start), capacity(capacity), used(0), data(nullptr) {
     if (!exact && this->capacity < MIN_CAPACITY) this->capacity = MIN_CAPACITY;
     if (this->capacity < 1) this->capacity = 1;  // malloc(0) may answer null
-    // Not zeroed: bytes past `used` are never read, and the gap of a write
-    // past the end is zeroed where it is made.
-    data = static_cast<char*>(std::malloc(static_cast<size_t>(this->capacity)));
-    if (data == nullptr) throwSystemError(errno, kLineBlockData);
+    // Zeroed: the block is public, and its bytes past `used` must never
+    // show what the allocator last held there.
+    data = static_cast<char*>(std::calloc(static_cast<size_t>(this->capacity), 1));
+    if (data == nullptr) systemError(errno, kLineBlockData);
 }
 
 MemBufferBase::Buffer::~Buffer() { std::free(data); }
@@ -65,7 +63,7 @@ int MemBufferBase::Buffer::cut(long pos, int len) {
     }
     const int rest = used - n;
     char* fresh = static_cast<char*>(std::malloc(static_cast<size_t>(rest)));
-    if (fresh == nullptr) throwSystemError(errno, kLineBlockCut);
+    if (fresh == nullptr) systemError(errno, kLineBlockCut);
     std::memcpy(fresh, data, static_cast<size_t>(offset));
     std::memcpy(fresh + offset, data + offset + n, static_cast<size_t>(rest - offset));
     std::free(data);

@@ -1,5 +1,7 @@
 #include "lang/Exception.h"
 
+#include <cstring>
+
 #include "util/StringHelper.h"
 
 namespace QRN_SPACE {
@@ -16,6 +18,11 @@ const char* Exception::toString() { return message.c_str(); }
 
 std::string Exception::getErrorLocation() const {
     return file + ", line" + StringHelper::ntoa(line);
+}
+
+void throwSystemError(int error, ErrorSite site, const std::string& path) {
+    const std::string text = std::strerror(error);
+    throwAt<IOException>(path.empty() ? text : path + ": " + text, site);
 }
 
 IOException::~IOException() = default;

@@ -74,6 +74,11 @@ template <class E>
     throw e;
 }
 
+// The IOException of a failed system call: the system's text for `error`
+// (strerror), prefixed by "path: " when a path is involved. Every system
+// error of the library is raised here, so all such messages look alike.
+[[noreturn]] void throwSystemError(int error, ErrorSite site, const std::string& path = std::string());
+
 }  // namespace QRN_SPACE
 
 #endif
