@@ -71,6 +71,7 @@ void FileBufferBase::close() {
     std::fclose(_file);
     _file = nullptr;
     _valid = false;
+    _streamAt = -1;
 }
 
 void FileBufferBase::open() {
@@ -79,6 +80,7 @@ void FileBufferBase::open() {
     if (_valid) return;
     _file = std::fopen(_path.c_str(), "wb+");  // empties the file; _size stays (intended)
     if (_file == nullptr) return;
+    _streamAt = -1;
     _created = true;
     _valid = true;
 }
@@ -87,37 +89,51 @@ void FileBufferBase::open() {
 // that the next operation starts afresh.
 void FileBufferBase::_fail(int error, ErrorSite site) {
     std::clearerr(_file);
+    _streamAt = -1;
     throwSystemError(error, site);
 }
 
-void FileBufferBase::_seek(long pos) {
+// Places the stream at pos. Appends and sequential reads find it there
+// already; only a write after a read seeks anyway, as stdio requires.
+void FileBufferBase::_seek(long pos, bool forWrite) {
+    if (pos == _streamAt && !(forWrite && _reading)) return;
     if (std::fseek(_file, pos, SEEK_SET) != 0) _fail(errno, kSeekFailed);
+    _streamAt = pos;
+}
+
+// Records where a transfer left the stream.
+void FileBufferBase::_moved(long to, bool reading) {
+    _streamAt = to;
+    _reading = reading;
 }
 
 // Reads exactly `len` bytes at `pos`. A file that ends early (cut from
 // outside, or emptied by open()) is an I/O error: errno says nothing then.
 void FileBufferBase::_readAt(long pos, char* buf, long len, ErrorSite site) {
-    _seek(pos);
+    _seek(pos, false);
     if (std::fread(buf, 1, static_cast<size_t>(len), _file) != static_cast<size_t>(len)) {
         _fail(std::ferror(_file) ? errno : EIO, site);
     }
+    _moved(pos + len, true);
 }
 
 // Writes and flushes, so that a failure shows in the operation that made it.
 void FileBufferBase::_writeAt(long pos, const char* buf, long len) {
-    _seek(pos);
+    _seek(pos, true);
     const size_t n = static_cast<size_t>(len);
     if (std::fwrite(buf, 1, n, _file) != n || std::fflush(_file) != 0) _fail(errno, kShortWrite);
+    _moved(pos + len, false);
 }
 
 // Writes `count` zero bytes at `pos`, one by one; the size is the caller's.
 void FileBufferBase::_pad(long pos, long count) {
     if (count < 1) return;
-    _seek(pos);
+    _seek(pos, true);
     for (long i = 0; i < count; ++i) {
         if (std::fputc(0, _file) == EOF) _fail(errno, kPadFailed);
     }
     if (std::fflush(_file) != 0) _fail(errno, kPadFailed);
+    _moved(pos + count, false);
 }
 
 // Moves the content from `from` to the end so that it starts at `to`, in
@@ -145,9 +161,10 @@ int FileBufferBase::read(long pos) {
     Monitor hold(_lock);
     _checkPos(pos);
     if (pos >= _size) return -1;
-    _seek(pos);
+    _seek(pos, false);
     const int c = std::fgetc(_file);
     if (c == EOF) _fail(std::ferror(_file) ? errno : EIO, kGetcFailed);
+    _moved(pos + 1, true);
     return c;
 }
 
@@ -157,9 +174,10 @@ int FileBufferBase::read(long pos, char* buf, int len) {
     Monitor hold(_lock);
     _checkPos(pos);
     if (buf == nullptr || len < 1 || pos >= _size) return 0;
-    _seek(pos);
+    _seek(pos, false);
     const size_t n = static_cast<size_t>(std::min<long>(len, _size - pos));
     const size_t got = std::fread(buf, 1, n, _file);
+    _moved(pos + static_cast<long>(got), true);
     if (got < n) std::clearerr(_file);
     return static_cast<int>(got);
 }

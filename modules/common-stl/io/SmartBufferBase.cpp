@@ -1,5 +1,7 @@
 #include "io/SmartBufferBase.h"
 
+#include <algorithm>
+#include <climits>
 #include <new>
 
 #include "io/ContinuousMemBufferBase.h"
@@ -12,6 +14,13 @@ namespace {
 
 const ErrorSite kNoFileBuffer{"io/BufferBase", 1118};
 const int kChunk = 1024;  // the step of the move to a file
+
+// from + len, saturating: a sum past LONG_MAX stays there instead of
+// wrapping into a small bound. A length below 1 adds nothing.
+long endOf(long from, long len) {
+    if (len < 1) return from;
+    return from > LONG_MAX - len ? LONG_MAX : from + len;
+}
 
 }  // namespace
 
@@ -33,6 +42,7 @@ void SmartBufferBase::_init(long initialSize, BufferBasePolicy policy) {
     _type = TYPE_SMART;
     _inner.reset();
     _mayMigrate = false;
+    _sizeBound = 0;
     const bool large = initialSize > _barrier;
     switch (policy) {
         case POLICY_MEM:
@@ -57,10 +67,17 @@ void SmartBufferBase::_init(long initialSize, BufferBasePolicy policy) {
 }
 
 // The spill decision.
-bool SmartBufferBase::_pastBarrier() const {
-    if (!_mayMigrate) return false;  // a file already, or a store fixed by its policy
-    if (_discarded) return false;    // consumed content is not worth a copy
-    return _inner->getSize() > _barrier;  // strictly: a store of exactly the barrier stays
+bool SmartBufferBase::_pastBarrier() {
+    if (!_mayMigrate) return false;            // a file already, or a store fixed by its policy
+    if (_discarded) return false;              // consumed content is not worth a copy
+    if (_sizeBound <= _barrier) return false;  // cannot be past it: spares asking the store
+    _sizeBound = _inner->getSize();
+    return _sizeBound > _barrier;  // strictly: a store of exactly the barrier stays
+}
+
+// Called before an operation that may grow the store to `end` bytes.
+void SmartBufferBase::_mayGrowTo(long end) {
+    if (_mayMigrate) _sizeBound = std::max(_sizeBound, end);
 }
 
 // Moves a memory store past the barrier into an anonymous temporary file,
@@ -90,21 +107,27 @@ int SmartBufferBase::read(long pos, char* buf, int len) { return _store().read(p
 
 void SmartBufferBase::write(long pos, char c) {
     _checkBarrier();
+    _mayGrowTo(endOf(pos, 1));
     _store().write(pos, c);
 }
 
 int SmartBufferBase::write(long pos, const char* buf, int len) {
     _checkBarrier();
+    _mayGrowTo(endOf(pos, len));
     return _store().write(pos, buf, len);
 }
 
+// Past the end a store grows to pos + len or by len: both stay within the
+// bound moved to pos first.
 void SmartBufferBase::insert(long pos, char c) {
     _checkBarrier();
+    _mayGrowTo(endOf(std::max(_sizeBound, pos), 1));
     _store().insert(pos, c);
 }
 
 int SmartBufferBase::insert(long pos, const char* buf, int len) {
     _checkBarrier();
+    _mayGrowTo(endOf(std::max(_sizeBound, pos), len));
     return _store().insert(pos, buf, len);
 }
 
@@ -117,11 +140,15 @@ int SmartBufferBase::cut(long pos, int len) {
 
 void SmartBufferBase::append(char c) {
     _checkBarrier();
+    _mayGrowTo(endOf(_sizeBound, 1));
     _store().append(c);
 }
 
 // Unchecked, so block appends never move the store: intended.
-int SmartBufferBase::append(const char* buf, int len) { return _store().append(buf, len); }
+int SmartBufferBase::append(const char* buf, int len) {
+    _mayGrowTo(endOf(_sizeBound, len));
+    return _store().append(buf, len);
+}
 
 void SmartBufferBase::truncate(long newSize) { _store().truncate(newSize); }
 

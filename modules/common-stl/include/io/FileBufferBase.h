@@ -17,9 +17,9 @@ namespace QRN_SPACE {
 //
 // Only the first getSize() bytes of the file are content; cuts and
 // truncates never shorten the file. Appending and sequential reading cost
-// one seek and one write or read per call; an insert or a cut inside the
-// content copies the whole tail in 1024-byte steps; a gap is zero-filled
-// byte by byte.
+// one write or read per call (a seek only where the stream is elsewhere);
+// an insert or a cut inside the content copies the whole tail in 1024-byte
+// steps; a gap is zero-filled byte by byte.
 //
 // One mutex serialises every operation, reads included (they move the
 // stream position); a sequence of operations is not atomic. Every write is
@@ -66,12 +66,15 @@ public:
     void truncate(long newSize) override;
 
     long getSize() const override;
-    int getFileDescriptor() override;  // -1 while closed or invalid
+    // -1 while closed or invalid. For looking at the file (fstat, pread,
+    // mmap): moving its offset would mislead the stream.
+    int getFileDescriptor() override;
 
 private:
     void _init();
     [[noreturn]] void _fail(int error, ErrorSite site);
-    void _seek(long pos);
+    void _seek(long pos, bool forWrite);
+    void _moved(long to, bool reading);
     void _readAt(long pos, char* buf, long len, ErrorSite site);
     void _writeAt(long pos, const char* buf, long len);
     void _pad(long pos, long count);
@@ -82,7 +85,9 @@ private:
     FILE* _file = nullptr;  // null when creation failed or after close()
     std::string _path;      // the named file; empty for an anonymous one
     bool _created = false;  // a file at _path is ours to remove
-    mutable Mutex _lock;    // guards _file, its position and _size
+    long _streamAt = -1;    // where the stream stands; -1 when unknown
+    bool _reading = false;  // the last transfer was a read
+    mutable Mutex _lock;    // guards all of the above and _size
 };
 
 }  // namespace QRN_SPACE

@@ -38,6 +38,8 @@ enum BufferBasePolicy {
 //
 // A failed move (no temporary file, a full disk) raises its exception and
 // leaves the memory store as it was; the next checked operation tries again.
+// The check itself asks the store for its size only once the bytes that
+// operations may have added could reach the barrier.
 //
 // No lock of its own: the store makes single calls atomic, but the move is
 // not guarded, so a buffer that may move must be changed by one thread at a
@@ -80,12 +82,17 @@ public:
 
 private:
     void _init(long initialSize, BufferBasePolicy policy);
-    bool _pastBarrier() const;
+    bool _pastBarrier();
+    void _mayGrowTo(long end);
     void _checkBarrier();
     BufferBase& _store();
 
     std::unique_ptr<BufferBase> _inner;  // the store; owned
     bool _mayMigrate = false;            // in memory and may still move to a file
+    // At least the store's size while it may move, so that a check far
+    // below the barrier need not ask the store (and take its lock). Grown
+    // before each operation that may add bytes; cuts leave it high.
+    long _sizeBound = 0;
 };
 
 }  // namespace QRN_SPACE
