@@ -91,7 +91,10 @@ Step choose(Choices& c, long size) {
     }
     if (size > kMaxSize) s.pos = long(c.next(uint32_t(size / 2)));
     s.len = c.next(2) ? kLens[c.next(10)] : int(1 + c.next(300));
-    s.bytes = patternBytes(size_t(s.len), c.next(1u << 16));
+    // Bytes from a fixed pool at a chosen offset: made once, they differ
+    // from step to step all the same.
+    static const std::string pool = patternBytes(size_t(2 * kLens[9]));
+    s.bytes = pool.substr(c.next(uint32_t(kLens[9])), size_t(s.len));
     return s;
 }
 
@@ -176,8 +179,9 @@ uint32_t ByteChoices::next(uint32_t bound) {
 
 std::string readAll(BufferBase& buffer) {
     const int pieces[] = {1, 7, 4097, 33791};
-    std::string out, piece(33791, '\x55');
-    for (int i = 0, n; (n = buffer.read(long(out.size()), &piece[0], pieces[i % 4])) > 0; ++i) {
+    std::string out, piece(size_t(std::min(buffer.getSize() + 1, 33791L)), '\x55');
+    for (int i = 0, n; (n = buffer.read(long(out.size()), &piece[0], std::min(pieces[i % 4], int(piece.size())))) > 0;
+         ++i) {
         out.append(piece, 0, size_t(n));
     }
     return out;
