@@ -27,6 +27,12 @@ required=(
   'vtable for EntryProcessor'
   'Utils::errMsg(char const*, ...)'
   'typeinfo for QRN_SPACE::Exception'
+  'vtable for QRN_SPACE::FileBufferBase'
+  'QRN_SPACE::SmartBufferBase::_barrier'
+  'QRN_SPACE::SmartBufferBase::SmartBufferBase(long, QRN_SPACE::BufferBasePolicy)'
+  'vtable for QRN_SPACE::LimitedBufferBase'
+  'QRN_SPACE::PipeBufferBase::getProducerOutputStream()'
+  'vtable for QRN_SPACE::PipeProducerOutputStream'
 )
 for name in "${required[@]}"; do
   grep -qxF "$name" <<<"$symbols" || { echo "FAILED: not exported: $name"; exit 1; }
