@@ -4,9 +4,8 @@
 // - FileBuffer: 256 MiB appended in 64 KiB calls and read back in 64 KiB
 //   calls, against an fwrite/fread loop on a file in the same directory.
 // - BelowBarrier: a smart buffer filled to 1 MiB (its barrier) and read
-//   back, against the paged store it wraps. In 1-byte appends the barrier
-//   check asks the store for its size, one more lock per call: the Checked
-//   store (the paged store plus that question) is the floor there.
+//   back, and 64 KiB appended a byte at a time (each call checks the
+//   barrier), against the paged store it wraps.
 // - Migration: the one move of a 1 MiB memory store to a file, against
 //   writing the same bytes to a temporary file in one fwrite, and against
 //   the floor of the move's 1024-byte steps (1024 write(2) calls).
@@ -108,12 +107,6 @@ struct Paged {
     void write(long pos, const char* p, int len) { b.write(pos, p, len); }
     void append(char c) { b.append(c); }
     int read(long pos, char* out, int len) { return b.read(pos, out, len); }
-};
-
-// The floor of a checked call: the store's size, then the call.
-struct Checked : Paged {
-    void write(long pos, const char* p, int len) { benchmark::DoNotOptimize(b.getSize()), b.write(pos, p, len); }
-    void append(char c) { benchmark::DoNotOptimize(b.getSize()), b.append(c); }
 };
 
 // args: piece size. Written in order up to 1 MiB, then read back.
@@ -268,7 +261,6 @@ BENCHMARK_TEMPLATE(BM_BelowBarrier, Smart)->Arg(kKiB)->Arg(64 * kKiB);
 BENCHMARK_TEMPLATE(BM_BelowBarrier, Paged)->Arg(kKiB)->Arg(64 * kKiB);
 BENCHMARK_TEMPLATE(BM_BelowBarrierBytes, Smart);
 BENCHMARK_TEMPLATE(BM_BelowBarrierBytes, Paged);
-BENCHMARK_TEMPLATE(BM_BelowBarrierBytes, Checked);
 BENCHMARK(BM_Migration)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Migration_Fwrite)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Migration_Floor)->UseManualTime()->Unit(benchmark::kMicrosecond);

@@ -65,14 +65,23 @@ TEST(SmartBufferBase, MovesToAFileAtTheFirstCheckPastTheBarrier) {
     const long barrier = SmartBufferBase::_barrier;
     ASSERT_EQ(barrier, 1048576);
     const std::string data = patternBytes(size_t(barrier + 1));
+    // The last byte comes by each adding call in turn.
+    const std::function<void(BufferBase&, long)> last[] = {
+        [&](BufferBase& b, long at) { b.write(at, data[size_t(at)]); },
+        [&](BufferBase& b, long at) { b.insert(at, data[size_t(at)]); },
+        [&](BufferBase& b, long at) { b.append(data[size_t(at)]); },
+        [&](BufferBase& b, long at) { b.append(&data[size_t(at)], 1); }};
     for (long size : {barrier - 1, barrier, barrier + 1}) {
-        SmartBufferBase buffer;
-        buffer.write(0, data.data(), int(size));
-        EXPECT_EQ(buffer.getFileDescriptor(), -1) << size;  // one large write stays in memory
-        buffer.append('x');
-        EXPECT_EQ(buffer.getFileDescriptor() != -1, size > barrier) << size;
-        EXPECT_EQ(buffer.getType(), BufferBase::TYPE_SMART);
-        EXPECT_EQ(readAll(buffer), data.substr(0, size_t(size)) + "x");
+        for (const auto& add : last) {
+            SmartBufferBase buffer;
+            buffer.write(0, data.data(), int(size - 1));
+            add(buffer, size - 1);
+            EXPECT_EQ(buffer.getFileDescriptor(), -1) << size;  // the crossing call is taken in memory
+            buffer.append('x');
+            EXPECT_EQ(buffer.getFileDescriptor() != -1, size > barrier) << size;
+            EXPECT_EQ(buffer.getType(), BufferBase::TYPE_SMART);
+            EXPECT_EQ(readAll(buffer), data.substr(0, size_t(size)) + "x");
+        }
     }
     SmartBufferBase discarded;
     discarded.discardUsedBuffer();
