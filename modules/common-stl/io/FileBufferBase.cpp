@@ -78,7 +78,7 @@ void FileBufferBase::open() {
     if (_path.empty()) throwAt<IOException>(kNoName, kOpenUnnamed);
     Monitor hold(_lock);
     if (_valid) return;
-    _file = std::fopen(_path.c_str(), "wb+");  // empties the file; _size stays (intended)
+    _file = std::fopen(_path.c_str(), "wb+");  // intended: empties the file, _size stays
     if (_file == nullptr) return;
     _streamAt = -1;
     _created = true;
@@ -232,7 +232,7 @@ int FileBufferBase::cut(long pos, int len) {
     return _cutLocked(pos, len);
 }
 
-// The file keeps its length: only the size shrinks.
+// Intended: the file keeps its length, only the size shrinks.
 int FileBufferBase::_cutLocked(long pos, int len) {
     const long size = _size;
     if (pos >= size) return 0;
@@ -260,7 +260,7 @@ int FileBufferBase::append(const char* buf, int len) {
 void FileBufferBase::truncate(long newSize) {
     Monitor hold(_lock);
     _checkPos(newSize);
-    if (newSize < _size) _size = newSize;  // the file keeps its length
+    if (newSize < _size) _size = newSize;  // intended: the file keeps its length
 }
 
 long FileBufferBase::getSize() const {
