@@ -197,6 +197,13 @@ TEST(SmartBufferBase, AMoveWithoutATemporaryFileKeepsMemoryAndTriesAgain) {
     const std::string data = patternBytes(5000);
     SmartBufferBase buffer;
     buffer.append(data.data(), 5000);
+    {
+        // The sanitizers' type checks open a pipe the first time they meet
+        // a type: they meet these here, while descriptors are free.
+        TempDir dir;
+        std::unique_ptr<BufferBase> warm(new FileBufferBase(dir.file("missing").c_str()));
+        EXPECT_EQ(thrown<IOException>([&] { warm->append("x", 1); }), kBroken);
+    }
     rlimit files, saved;
     getrlimit(RLIMIT_NOFILE, &saved);
     const int lowest = open("/dev/null", O_RDONLY);  // every descriptor below it is taken
