@@ -146,7 +146,7 @@ TEST(FileBufferBase, AFileCutFromOutsideFailsAMoveAndKeepsWhatCameBefore) {
         FileBufferBase buffer;
         buffer.append(data.data(), 5000);
         ASSERT_EQ(ftruncate(buffer.getFileDescriptor(), 3000), 0);
-        EXPECT_EQ(thrown<IOException>([&] { op(buffer); }), want);
+        EXPECT_EQ(thrown<IOException>(std::bind(op, std::ref(buffer))), want);
         EXPECT_EQ(buffer.getSize(), 5000);
         EXPECT_EQ(head(buffer, 100), data.substr(0, 100));
     }
