@@ -196,7 +196,7 @@ TEST(PipeBufferThreads, ConsumersWakeOnTheFirstByteAndEndWhenWritingCloses) {
 // position i, a little later each round: a lost wake-up leaves a consumer
 // asleep for good, and the test hangs until its time limit.
 TEST(PipeBufferThreads, EveryWriteWakesEveryWaitingConsumer) {
-    const int kRounds = 20000;
+    const int kRounds = 50000;
     MemBufferBase store;
     PipeBufferBase pipe(&store);
     PipeProducerOutputStream* producer = pipe.getProducerOutputStream();
