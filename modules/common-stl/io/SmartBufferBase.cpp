@@ -66,26 +66,11 @@ void SmartBufferBase::_init(long initialSize, BufferBasePolicy policy) {
     }
 }
 
-// The spill decision.
-bool SmartBufferBase::_pastBarrier() {
-    if (!_mayMigrate) return false;            // a file already, or a store fixed by its policy
-    if (_discarded) return false;              // consumed content is not worth a copy
-    if (_sizeBound <= _barrier) return false;  // cannot be past it: spares asking the store
-    _sizeBound = _inner->getSize();
-    return _sizeBound > _barrier;  // strictly: a store of exactly the barrier stays
-}
-
-// Called before an operation that may grow the store to `end` bytes.
-void SmartBufferBase::_mayGrowTo(long end) {
-    if (_mayMigrate) _sizeBound = std::max(_sizeBound, end);
-}
-
 // Moves a memory store past the barrier into an anonymous temporary file,
 // copying in 1024-byte steps. Should the copy fail (no temporary file, a
 // full disk), the exception leaves the memory store in place, the file
 // buffer is released with it, and the next checked operation tries again.
-void SmartBufferBase::_checkBarrier() {
-    if (!_pastBarrier()) return;
+void SmartBufferBase::_migrate() {
     std::unique_ptr<BufferBase> file(new (std::nothrow) FileBufferBase());
     if (!file) throwAt<OutOfMemoryException>("Out of memory", kNoFileBuffer);
     char chunk[kChunk];
@@ -94,11 +79,6 @@ void SmartBufferBase::_checkBarrier() {
     }
     _inner = std::move(file);
     _mayMigrate = false;
-}
-
-BufferBase& SmartBufferBase::_store() {
-    if (!_inner) _throwBroken();
-    return *_inner;
 }
 
 int SmartBufferBase::read(long pos) { return _store().read(pos); }

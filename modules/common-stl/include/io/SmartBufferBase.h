@@ -82,10 +82,30 @@ public:
 
 private:
     void _init(long initialSize, BufferBasePolicy policy);
-    bool _pastBarrier();
-    void _mayGrowTo(long end);
-    void _checkBarrier();
-    BufferBase& _store();
+    void _migrate();
+
+    // The hot checks of every forwarded call are defined here, so that they
+    // inline into it.
+
+    // The spill decision.
+    bool _pastBarrier() {
+        if (!_mayMigrate) return false;            // a file already, or a store fixed by its policy
+        if (_discarded) return false;              // consumed content is not worth a copy
+        if (_sizeBound <= _barrier) return false;  // cannot be past it: spares asking the store
+        _sizeBound = _inner->getSize();
+        return _sizeBound > _barrier;  // strictly: a store of exactly the barrier stays
+    }
+    void _checkBarrier() {
+        if (_pastBarrier()) _migrate();
+    }
+    // Called before an operation that may grow the store to `end` bytes.
+    void _mayGrowTo(long end) {
+        if (_mayMigrate && end > _sizeBound) _sizeBound = end;
+    }
+    BufferBase& _store() {
+        if (!_inner) _throwBroken();
+        return *_inner;
+    }
 
     std::unique_ptr<BufferBase> _inner;  // the store; owned
     bool _mayMigrate = false;            // in memory and may still move to a file
