@@ -42,6 +42,12 @@ required=(
   'QRN_SPACE::FileTypeProcessor::mutex'
   'QRN_SPACE::FileTypeIdent::checkFileType(char const*)'
   'QRN_SPACE::FileTypeIdent::priorMatch(unsigned char const*, int, int, int)'
+  'vtable for QRN_SPACE::FileBufferBase'
+  'QRN_SPACE::SmartBufferBase::_barrier'
+  'QRN_SPACE::SmartBufferBase::SmartBufferBase(long, QRN_SPACE::BufferBasePolicy)'
+  'vtable for QRN_SPACE::LimitedBufferBase'
+  'QRN_SPACE::PipeBufferBase::getProducerOutputStream()'
+  'vtable for QRN_SPACE::PipeProducerOutputStream'
 )
 for name in "${required[@]}"; do
   grep -qxF "$name" <<<"$symbols" || { echo "FAILED: not exported: $name"; exit 1; }

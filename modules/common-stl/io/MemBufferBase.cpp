@@ -46,9 +46,9 @@ MemBufferBase::Buffer::Buffer(long start, int capacity, bool exact)
     : start(start), capacity(capacity), used(0), data(nullptr) {
     if (!exact && this->capacity < MIN_CAPACITY) this->capacity = MIN_CAPACITY;
     if (this->capacity < 1) this->capacity = 1;  // malloc(0) may answer null
-    // Not zeroed: bytes past `used` are never read, and the gap of a write
-    // past the end is zeroed where it is made.
-    data = static_cast<char*>(std::malloc(static_cast<size_t>(this->capacity)));
+    // Zeroed: the block is public, and its bytes past `used` must never
+    // show what the allocator last held there.
+    data = static_cast<char*>(std::calloc(static_cast<size_t>(this->capacity), 1));
     if (data == nullptr) fail(errno, kLineBlockData);
 }
 

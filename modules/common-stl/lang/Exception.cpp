@@ -1,5 +1,7 @@
 #include "lang/Exception.h"
 
+#include <cstring>
+
 #include "util/StringHelper.h"
 
 namespace QRN_SPACE {

@@ -20,10 +20,14 @@ namespace QRN_SPACE {
 class TUSKEL_API BufferBase : public RNObject {
 public:
     // Type codes returned by getType().
-    static const int TYPE_MEMORY = 0;
-    static const int TYPE_FILE = 1;
-    static const int TYPE_SMART = 2;
-    static const int TYPE_CONTINUOUS_MEMORY = 4;
+    static constexpr int TYPE_MEMORY = 0;
+    static constexpr int TYPE_FILE = 1;
+    static constexpr int TYPE_SMART = 2;
+    static constexpr int TYPE_CONTINUOUS_MEMORY = 4;
+    // The wrappers (3 is left unused).
+    static constexpr int TYPE_FILTERED = 5;
+    static constexpr int TYPE_LIMITED = 6;
+    static constexpr int TYPE_PIPE = 7;
 
     BufferBase() = default;
     BufferBase(const BufferBase&) = delete;

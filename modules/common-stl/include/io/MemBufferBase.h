@@ -39,7 +39,8 @@ public:
     public:
         static const int MIN_CAPACITY = 4096;
 
-        // Unless `exact`, a capacity below MIN_CAPACITY is raised to it.
+        // Unless `exact`, a capacity below MIN_CAPACITY is raised to it. All
+        // `capacity` bytes start as zeros.
         Buffer(long start, int capacity, bool exact);
         Buffer(const Buffer&) = delete;
         Buffer& operator=(const Buffer&) = delete;
