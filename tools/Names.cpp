@@ -11,7 +11,6 @@ namespace {
 
 using QRN_SPACE::IOUtils;
 
-const int kUtf8Flag = 0x0800;
 const int kHostFat = 0;
 const int kUnicodePathTag = 0x7075;  // Info-ZIP Unicode path extra field
 const int kUnicodePathVersion = 1;
