@@ -8,7 +8,9 @@ packages=(
   libgtest-dev libgmock-dev googletest  # tests; sources rebuild it for i386
   gcc-multilib g++-multilib lib32z1-dev # the i386 configuration
   clang libclang-rt-14-dev              # fuzzing and ThreadSanitizer
-  gzip zip unzip                        # test archives are made by real tools
+  gzip zip unzip 7zip libarchive-tools  # test archives are made by real tools
+  libcli11-dev nlohmann-json3-dev       # the tuskel tool: options and JSON
+  time                                  # peak memory in the tool tests
   gcc-mingw-w64-i686 gcc-mingw-w64-x86-64  # self-extractor stubs, built at test time
 )
 [ "${TUSKEL_WITH_BENCH:-0}" = 1 ] && packages+=(libbenchmark-dev)

@@ -1,124 +1,115 @@
-// tuskel: a command-line host for libtuskel. It maps the input, hands it to
-// the library as a CommonBuffer and writes every unpacked entry to standard
-// output or into numbered files.
+// tuskel: lists, tests, extracts and scans GZIP files, ZIP archives and
+// self-extracting ZIPs with the library's C++ interface; `decompress` takes
+// the host-interface path.
+#include <CLI/CLI.hpp>
+#include <climits>
 
-#include <getopt.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <string>
-
-#include "HostBuffers.h"
-#include "OutputProcessor.h"
-#include "tuskel/CommonDecompressor.h"
+#include "Commands.h"
+#include "Report.h"
 
 namespace {
 
-// Exit statuses of the tool's own failures (sysexits.h values); otherwise
-// the status is the library's result code.
-const int kExitUsage = 64;
-const int kExitNoInput = 66;
-const int kExitCannotCreate = 73;
-const int kExitIoError = 74;
+using namespace tuskel_tool;
 
-const mode_t kDirectoryMode = 0755;
+const char* const kExitStatuses =
+    "Exit status:\n"
+    "  0   all good\n"
+    "  1   some entries bad, skipped or refused (each is named on standard error)\n"
+    "  3   not an archive: neither GZIP nor ZIP nor a self-extracting ZIP\n"
+    "  64  usage: a bad command line\n"
+    "  74  input or output error: FILE unreadable, or an output not written\n"
+    "decompress answers the library's result instead: 0 unpacked, 1 the archive\n"
+    "could not be read, 3 neither GZIP nor ZIP; and 64 or 74 as above.\n";
 
-const char* const kUsage =
-    "usage: tuskel decompress [-v] [-d DIR] FILE\n"
-    "\n"
-    "Unpacks the GZIP or ZIP file FILE. Every entry goes to standard output,\n"
-    "one after the other, or with -d into the files DIR/1, DIR/2, ... in the\n"
-    "order of the archive (DIR is created when missing).\n"
-    "\n"
-    "  -d DIR  write the entries into numbered files under DIR\n"
-    "  -v      show the library's log on standard error\n"
-    "\n"
-    "The exit status is the library's result: 0 unpacked, 1 failed (see -v),\n"
-    "2 bad arguments, 3 neither GZIP nor ZIP; 64 usage, 66 unreadable input,\n"
-    "73 DIR cannot be created, 74 an entry could not be written.\n";
-
-struct Options {
-    std::string file;
-    std::string directory;
-    bool verbose = false;
-};
-
-const char* meaning(int result) {
-    switch (result) {
-        case CommonDecompressor::RESULT_OK: return "ok";
-        case CommonDecompressor::RESULT_FAILED: return "failed: the archive could not be read";
-        case CommonDecompressor::RESULT_NULL_ARGUMENT: return "bad arguments";
-        case CommonDecompressor::RESULT_UNSUPPORTED: return "not supported: neither GZIP nor ZIP";
-        default: return "unknown result";
-    }
-}
-
-void logToStderr(const char* piece) { std::fputs(piece, stderr); }
-
-// argv[1] is the command; options may come before or after FILE.
-bool parse(int argc, char** argv, Options& options) {
-    if (argc < 2 || std::strcmp(argv[1], "decompress") != 0) return false;
-    optind = 2;
-    for (int c; (c = getopt(argc, argv, "vd:h")) != -1;) {
-        if (c == 'v') {
-            options.verbose = true;
-        } else if (c == 'd') {
-            options.directory = optarg;
-        } else {
-            return false;
-        }
-    }
-    if (optind != argc - 1) return false;
-    options.file = argv[optind];
-    return !options.file.empty();
-}
-
-bool makeDirectory(const std::string& path) {
-    if (mkdir(path.c_str(), kDirectoryMode) == 0 || errno == EEXIST) return true;
-    std::fprintf(stderr, "tuskel: %s: %s\n", path.c_str(), std::strerror(errno));
-    return false;
-}
-
-int run(const Options& options) {
-    tuskel_tool::MappedFile input;
-    std::string error;
-    if (!input.open(options.file, error)) {
-        std::fprintf(stderr, "tuskel: %s\n", error.c_str());
-        return kExitNoInput;
-    }
-    if (!options.directory.empty() && !makeDirectory(options.directory)) return kExitCannotCreate;
-
-    CommonDecompressor decompressor;
-    decompressor.setLogger(options.verbose ? CommonDecompressor::LOG_DEBUG : 0,
-                           options.verbose ? logToStderr : nullptr);
-    tuskel_tool::MemoryInputBuffer buffer(input.data(), input.size());
-    tuskel_tool::OutputProcessor entries(options.directory);
-    int result = decompressor.decompress(&buffer, &entries);
-    entries.finish();  // closes the last file, whatever the library did
-
-    // The result goes where it cannot mix with unpacked bytes.
-    FILE* report = options.directory.empty() ? stderr : stdout;
-    std::fprintf(report, "tuskel: result %d: %s; %d entr%s\n", result, meaning(result), entries.entries(),
-                 entries.entries() == 1 ? "y" : "ies");
-    if (std::fflush(stdout) != 0) return kExitIoError;
-    if (entries.failed()) return kExitIoError;
-    return result;
+// Byte counts with an optional K, M or G (powers of 1024).
+long long parseBytes(const std::string& text) {
+    size_t used = 0;
+    long long value = std::stoll(text, &used);
+    const std::string unit = text.substr(used);
+    long long scale = 1;
+    if (unit == "K" || unit == "k") scale = 1LL << 10;
+    else if (unit == "M" || unit == "m") scale = 1LL << 20;
+    else if (unit == "G" || unit == "g") scale = 1LL << 30;
+    else if (!unit.empty()) throw std::invalid_argument(text);
+    if (value < 1 || value > LLONG_MAX / scale) throw std::out_of_range(text);
+    return value * scale;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    Options options;
-    if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-        std::fputs(kUsage, stdout);
-        return 0;
+    CLI::App app{"tuskel: look inside GZIP files, ZIP archives and self-extracting ZIPs, safely.", "tuskel"};
+    app.footer(kExitStatuses);
+    app.set_version_flag("--version", std::string("tuskel " TUSKEL_VERSION));
+    app.require_subcommand(1);
+    app.fallthrough();  // -q may come after the command too
+    Common common;
+    app.add_flag("-q,--quiet", common.quiet, "No progress bar and no summary");
+
+    ListOptions list;
+    CLI::App* listCommand = app.add_subcommand("list", "Entries with sizes, method, CRC-32, time and file type");
+    listCommand->add_option("FILE", list.file, "The archive")->required();
+    listCommand->add_flag("--json", list.json, "One JSON document on standard output");
+
+    TestOptions test;
+    CLI::App* testCommand = app.add_subcommand("test", "Unpack every entry and check its size and CRC-32");
+    testCommand->add_option("FILE", test.file, "The archive")->required();
+
+    ExtractOptions extract;
+    CLI::App* extractCommand = app.add_subcommand("extract", "Entries into files under DIR, and nowhere else");
+    extractCommand->add_option("FILE", extract.file, "The archive")->required();
+    extractCommand->add_option("NAME", extract.names, "Only entries matching these names or patterns");
+    extractCommand->add_option("-d,--directory", extract.directory, "Where to extract (default: .)");
+    extractCommand->add_flag("-o,--overwrite", extract.overwrite, "Replace existing files");
+
+    CatOptions cat;
+    CLI::App* catCommand = app.add_subcommand("cat", "Entry bytes to standard output, as unzip -p");
+    catCommand->add_option("FILE", cat.file, "The archive")->required();
+    catCommand->add_option("NAME", cat.names, "Only entries matching these names or patterns");
+
+    TypeOptions type;
+    CLI::App* typeCommand = app.add_subcommand("type", "The file type of each FILE, from its first bytes");
+    typeCommand->add_option("FILE", type.files, "Files to identify")->required();
+    CLI::Option* nameOption = typeCommand->add_option("--name", type.name,
+        "Identify as if named NAME (default: the file's own name; '' for none)");
+    typeCommand->add_option("--content-type", type.contentType, "A declared content type, used when no name is");
+
+    ScanOptions scan;
+    std::string maxBytes;
+    CLI::App* scanCommand = app.add_subcommand("scan", "Identify every entry, opening nested archives, within limits");
+    scanCommand->add_option("FILE", scan.file, "The archive")->required();
+    scanCommand->add_flag("--json", scan.json, "One JSON object per line");
+    scanCommand->add_option("--max-depth", scan.maxDepth, "Levels of nested archives to open (default 8)")
+        ->check(CLI::Range(1, 64));
+    scanCommand->add_option("--max-bytes", maxBytes, "Most bytes one entry may unpack to (default 256M)");
+    scanCommand->add_option("--max-ratio", scan.maxRatio,
+        "Most times its compressed size an entry over 1M may unpack to (default 100)")->check(CLI::PositiveNumber);
+
+    DecompressOptions decompress;
+    CLI::App* decompressCommand = app.add_subcommand("decompress",
+        "Unpack through the host interface: entries to standard output, or numbered files in DIR");
+    decompressCommand->add_option("FILE", decompress.file, "The GZIP or ZIP file")->required();
+    decompressCommand->add_option("-d", decompress.directory, "Write entries as DIR/1, DIR/2, ...");
+    decompressCommand->add_flag("-v", decompress.verbose, "The library's log on standard error");
+
+    for (CLI::App* command : app.get_subcommands({})) command->footer(kExitStatuses);
+    try {
+        app.parse(argc, argv);
+        if (!maxBytes.empty()) scan.maxBytes = parseBytes(maxBytes);
+    } catch (const CLI::ParseError& e) {
+        const int status = app.exit(e);
+        return status == 0 ? EXIT_ALL_GOOD : EXIT_USAGE;
+    } catch (const std::logic_error&) {
+        std::fprintf(stderr, "tuskel: --max-bytes: not a byte count: %s\n", maxBytes.c_str());
+        return EXIT_USAGE;
     }
-    if (!parse(argc, argv, options)) {
-        std::fputs(kUsage, stderr);
-        return kExitUsage;
-    }
-    return run(options);
+    type.nameGiven = nameOption->count() > 0;
+
+    if (listCommand->parsed()) return runList(list, common);
+    if (testCommand->parsed()) return runTest(test, common);
+    if (extractCommand->parsed()) return runExtract(extract, common);
+    if (catCommand->parsed()) return runCat(cat, common);
+    if (typeCommand->parsed()) return runType(type, common);
+    if (scanCommand->parsed()) return runScan(scan, common);
+    return runDecompress(decompress);
 }

@@ -1,0 +1,63 @@
+#include "ZipDirectory.h"
+
+#include "io/BufferBaseInputStream.h"
+#include "unarchiver/ZipConstants.h"
+
+namespace tuskel_tool {
+
+namespace {
+
+using QRN_SPACE::ZipConstants;
+
+}  // namespace
+
+ZipDirectory::ZipDirectory(QRN_SPACE::BufferBase& input) {
+    try {
+        _read(input);
+    } catch (QRN_SPACE::Exception& e) {
+        // A record cut short inside its name or comment, an empty name.
+        _damage = e.getMessage();
+    }
+}
+
+void ZipDirectory::_read(QRN_SPACE::BufferBase& input) {
+    const long endPos = QRN_SPACE::ZipEndCentralDir::findPos(input);
+    if (endPos == 0) {
+        _damage = "no end of central directory record";
+        return;
+    }
+    QRN_SPACE::BufferBaseInputStream in(&input);
+    in.skip(endPos);
+    if (!_end.read(in)) {
+        _damage = "end of central directory record cut short";
+        return;
+    }
+    _found = true;
+    // Where the directory should begin, from the end record's own position:
+    // the difference to the offset it states is what precedes the archive.
+    const long start = endPos - static_cast<long>(_end.directorySize);
+    _bias = start - static_cast<long>(_end.directoryOffset);
+    if (start < 0 || _bias < 0) {
+        _damage = "central directory offset or size points outside the file";
+        return;
+    }
+    QRN_SPACE::BufferBaseInputStream records(&input);
+    records.skip(start);
+    // Every record takes at least its fixed part, so a forged count cannot
+    // make this loop run longer than the directory's bytes allow.
+    const long most = static_cast<long>(_end.directorySize) / ZipConstants::CENHDR;
+    for (long i = 0; i < _end.totalEntries && i <= most; ++i) {
+        QRN_SPACE::ZipCentralDir record;
+        if (!record.read(records)) {
+            _damage = "central directory record " + std::to_string(i + 1) + " of " +
+                      std::to_string(_end.totalEntries) + " is unreadable";
+            return;
+        }
+        _records.push_back(std::move(record));
+    }
+    if (static_cast<long>(_records.size()) < _end.totalEntries) {
+        _damage = "central directory holds fewer records than its end record counts";
+    }
+}
+
+}  // namespace tuskel_tool

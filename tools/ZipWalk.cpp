@@ -1,0 +1,208 @@
+#include "ZipWalk.h"
+
+#include <cstdio>
+
+#include "ZipEntries.h"
+#include "io/BufferBaseInputStream.h"
+#include "unarchiver/DeflateDecompressor.h"
+#include "unarchiver/ZipConstants.h"
+#include "unarchiver/ZipEntryInfo.h"
+#include "utils/IOUtils.h"
+
+namespace tuskel_tool {
+
+namespace {
+
+using QRN_SPACE::ArchiveConstants;
+using QRN_SPACE::ZipConstants;
+
+// What a decompress processor answers to have the rest of an entry passed over.
+const int kCutAction = 2;
+
+std::string hex32(uint32_t value) {
+    char text[9];
+    std::snprintf(text, sizeof text, "%08x", value);
+    return text;
+}
+
+bool readable(int method) { return method == ZipConstants::STORED || method == ZipConstants::DEFLATED; }
+
+EntryResult skipped(const std::string& problem) {
+    EntryResult result;
+    result.status = EntryResult::SKIPPED;
+    result.problem = problem;
+    return result;
+}
+
+EntryResult bad(const std::string& problem) {
+    EntryResult result;
+    result.status = EntryResult::BAD;
+    result.problem = problem;
+    return result;
+}
+
+// Why an entry's data cannot be read at all, or empty.
+std::string unreadable(const Entry& entry, int flags) {
+    if (isEncrypted(flags)) return "encrypted";
+    if (!readable(entry.method)) return "unsupported compression method " + std::to_string(entry.method);
+    return "";
+}
+
+}  // namespace
+
+EntryResult judge(const Entry& expected, CheckedStream& out, bool cut) {
+    EntryResult result;
+    result.written = out.written();
+    result.crc = out.crc();
+    result.cut = cut;
+    if (cut) return result;
+    if (expected.size >= 0 && result.written != expected.size) {
+        result.status = EntryResult::BAD;
+        result.problem = "size " + std::to_string(result.written) + " but " + std::to_string(expected.size) +
+                         " recorded";
+    } else if (expected.crcKnown && result.crc != expected.crc) {
+        result.status = EntryResult::BAD;
+        result.problem = "CRC-32 " + hex32(result.crc) + " but " + hex32(expected.crc) + " recorded";
+    }
+    return result;
+}
+
+bool DirectReader::_cut() const { return _dp != nullptr && _dp->getAction() == kCutAction; }
+
+// The directory's offset counts from where the archive begins; an archive
+// whose offsets were adjusted for a stub in front (or never needed it) is
+// read at the offset itself.
+bool DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
+    for (long bias : {_bias, 0L}) {
+        in.reset();
+        in.skip(static_cast<long>(record.localHeaderOffset) + bias);
+        in.mark(ZipConstants::LOCHDR);
+        QRN_SPACE::ZipInfo local;
+        if (local.read(in, false)) return true;
+        if (bias == 0) break;
+    }
+    return false;
+}
+
+void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool recovered, EntrySink& sink) {
+    Entry entry = entryFromCentral(record, index);
+    entry.recovered = recovered;
+    if (!sink.wants(entry)) return;
+    const std::string why = unreadable(entry, record.flags);
+    if (!why.empty()) return sink.close(entry, skipped(why));
+    QRN_SPACE::BufferBaseInputStream in(&_input);
+    in.mark(0);
+    try {
+        if (!_atLocalHeader(record, in)) {
+            return sink.close(entry, bad("no local header at offset " + std::to_string(record.localHeaderOffset)));
+        }
+        if (_dp != nullptr) _dp->init();  // before open(), which may tell it the entry's name
+        QRN_SPACE::OutputStream* out = sink.open(entry);
+        if (out == nullptr) return;
+        _out.reset(out);
+        long size = static_cast<long>(record.compressedSize);
+        if (entry.method == ZipConstants::DEFLATED) {
+            QRN_SPACE::DeflateDecompressor(true, _dp).decompress(in, size, _out);
+        } else {
+            if (sink.needs() >= 0 && sink.needs() < size) size = static_cast<long>(sink.needs());
+            QRN_SPACE::IOUtils::readAndWrite(in, _out, size);
+        }
+        _out.flush();
+    } catch (QRN_SPACE::Exception& e) {
+        return sink.close(entry, bad(e.getMessage()));
+    }
+    const bool headOnly = sink.needs() >= 0 && _out.written() >= sink.needs() && entry.size > _out.written();
+    sink.close(entry, judge(entry, _out, _cut() || headOnly));
+}
+
+ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
+                                   QRN_SPACE::DecompressProcessor* dp)
+    : _sink(sink), _directory(directory), _direct(direct), _dp(dp), _reached(directory.records().size()) {}
+
+// The first directory record of this name that no entry has claimed yet:
+// entries of the same name pair with records in order. In a sound archive
+// that is the record after the last one matched, found without a lookup.
+const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(const std::string& name) {
+    const auto& records = _directory.records();
+    if (_unmatched.empty() && _next < records.size() && records[_next].name == name) {
+        _reached[_next] = true;
+        return &records[_next++];
+    }
+    if (_unmatched.empty()) {
+        for (size_t i = _next; i < records.size(); ++i) _unmatched[records[i].name].push_back(i);
+        _next = records.size();
+    }
+    auto found = _unmatched.find(name);
+    if (found == _unmatched.end() || found->second.empty()) return nullptr;
+    const size_t i = found->second.front();
+    found->second.pop_front();
+    _reached[i] = true;
+    return &_directory.records()[i];
+}
+
+QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) {
+    _info.reset(info);  // kept until the next entry: the descriptor is still read into it
+    action = ArchiveConstants::ACTION_SKIP;
+    const QRN_SPACE::ZipInfo& local = static_cast<QRN_SPACE::ZipEntryInfo*>(info)->zipInfo();
+    if (local.centralDirRead) return nullptr;  // the walk's final entry: the directory, no data
+    _record = _match(local.name);
+    _entry = entryFromLocal(local, _entries++, _record);
+    if (!_sink.wants(_entry)) return nullptr;
+    const std::string why = unreadable(_entry, local.flags);
+    if (!why.empty()) {
+        _sink.close(_entry, skipped(why));
+        return nullptr;
+    }
+    // A stored entry whose size follows its data cannot be copied from the
+    // local header; its directory record knows the size.
+    if (_entry.method == ZipConstants::STORED && hasDescriptor(local.flags)) {
+        if (_record != nullptr) {
+            _direct.read(*_record, _entry.index, false, _sink);
+        } else {
+            _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
+        }
+        return nullptr;
+    }
+    QRN_SPACE::OutputStream* out = _sink.open(_entry);
+    if (out == nullptr) return nullptr;
+    _out.reset(out);
+    _pending = true;
+    action = ArchiveConstants::ACTION_DECOMPRESS;
+    return &_out;
+}
+
+void ZipWalkProcessor::endUnarchiving() {
+    if (!_pending) return;
+    // Sizes and CRC that followed the data have been read into the entry by
+    // now; the directory's agree with them in any sound archive.
+    if (_record == nullptr && hasDescriptor(static_cast<QRN_SPACE::ZipEntryInfo&>(*_info).zipInfo().flags)) {
+        _entry.size = static_cast<unsigned int>(_info->usize);
+        _entry.compressedSize = static_cast<unsigned int>(_info->size);
+        _entry.crc = _info->crc;
+        _entry.crcKnown = true;
+    }
+    const bool cut = _dp != nullptr && _dp->getAction() == kCutAction;
+    _close(judge(_entry, _out, cut));
+}
+
+void ZipWalkProcessor::_close(const EntryResult& result) {
+    _pending = false;
+    _sink.close(_entry, result);
+}
+
+void ZipWalkProcessor::releaseSession() {
+    if (_pending) _close(bad("abandoned by the unarchiver"));
+}
+
+void ZipWalkProcessor::fail(const std::string& problem) {
+    if (_pending) _close(bad(problem));
+}
+
+void ZipWalkProcessor::readRest() {
+    const auto& records = _directory.records();
+    for (size_t i = 0; i < records.size(); ++i) {
+        if (!_reached[i]) _direct.read(records[i], _entries++, true, _sink);
+    }
+}
+
+}  // namespace tuskel_tool

@@ -1,0 +1,81 @@
+#ifndef TUSKEL_TOOLS_ZIPWALK_H
+#define TUSKEL_TOOLS_ZIPWALK_H
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CheckedStream.h"
+#include "Entry.h"
+#include "ZipDirectory.h"
+#include "unarchiver/Tuskel.h"
+
+namespace tuskel_tool {
+
+// What came of an entry's bytes against what its records say.
+EntryResult judge(const Entry& expected, CheckedStream& out, bool cut);
+
+// Reads one entry at the local header offset its directory record gives,
+// with the library's header reader and inflater: for entries the walk of
+// local headers did not reach, and for stored entries whose size only the
+// directory knows.
+class DirectReader {
+public:
+    DirectReader(QRN_SPACE::BufferBase& input, long bias, QRN_SPACE::DecompressProcessor* dp)
+        : _input(input), _bias(bias), _dp(dp) {}
+
+    // `recovered`: the walk of local headers did not reach the entry.
+    void read(const QRN_SPACE::ZipCentralDir& record, int index, bool recovered, EntrySink& sink);
+
+private:
+    bool _atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in);
+    bool _cut() const;
+
+    QRN_SPACE::BufferBase& _input;
+    long _bias;
+    QRN_SPACE::DecompressProcessor* _dp;  // may be null
+    CheckedStream _out;
+};
+
+// The entry processor of a ZIP walk: turns each local entry into an Entry,
+// completed by the directory record of the same name, and hands it to the
+// sink; it then checks the bytes against the records once the data (and a
+// data descriptor) have been read.
+class ZipWalkProcessor : public QRN_SPACE::ArchiveEntryProcessor {
+public:
+    ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
+                     QRN_SPACE::DecompressProcessor* dp);
+
+    QRN_SPACE::OutputStream* processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) override;
+    void endUnarchiving() override;
+    void releaseSession() override;
+
+    // The walk ended with an exception: the entry it was in is bad.
+    void fail(const std::string& problem);
+    // Reads every directory record the walk did not reach.
+    void readRest();
+
+private:
+    const QRN_SPACE::ZipCentralDir* _match(const std::string& name);
+    void _close(const EntryResult& result);
+
+    EntrySink& _sink;
+    const ZipDirectory& _directory;
+    DirectReader& _direct;
+    QRN_SPACE::DecompressProcessor* _dp;
+    std::map<std::string, std::deque<size_t>> _unmatched;  // records by name; built when first needed
+    std::vector<bool> _reached;                            // per directory record
+    size_t _next = 0;                                      // the record the next entry usually matches
+    std::unique_ptr<QRN_SPACE::ArchiveEntryInfo> _info;    // the entry being read; ours
+    const QRN_SPACE::ZipCentralDir* _record = nullptr;     // its directory record, if any
+    Entry _entry;
+    bool _pending = false;  // _entry's stream is open
+    int _entries = 0;       // entries met so far
+    CheckedStream _out;
+};
+
+}  // namespace tuskel_tool
+
+#endif
