@@ -10,6 +10,7 @@ packages=(
   clang libclang-rt-14-dev              # fuzzing and ThreadSanitizer
   gzip zip unzip                        # test archives are made by real tools
   gcc-mingw-w64-i686 gcc-mingw-w64-x86-64  # self-extractor stubs, built at test time
+  doxygen                               # the API reference (docs target)
 )
 [ "${TUSKEL_WITH_BENCH:-0}" = 1 ] && packages+=(libbenchmark-dev)
 command -v python3 >/dev/null || packages+=(python3)
