@@ -19,8 +19,6 @@ public:
     /// False for a short read or a wrong signature.
     /// @throws IOException "empty file name in central directory" for a
     ///   record without a name; "unexpected EOF" inside the variable part.
-    /// @throws OutOfMemoryException "Out of memory" when the variable part
-    ///   cannot be held.
     bool read(InputStream& in);
 
     /// Reads records in sequence into this object until the one with the

@@ -17,7 +17,7 @@ namespace QRN_SPACE {
 /// The entry processor's endUnarchiving() is called after every entry and
 /// after that final one.
 ///
-/// @verbatim
+/// ```
 ///   start ─▶ LOCAL HEADER ──header──▶ ENTRY: processEntry, data, descriptor,
 ///              ▲    │                   endUnarchiving ──┐
 ///              │    │                       │            │
@@ -30,7 +30,7 @@ namespace QRN_SPACE {
 ///              │  final entry ─▶ done       │            │
 ///              └────────────────────────────┴────────────┘
 ///                 (resume at the input's current position)
-/// @endverbatim
+/// ```
 ///
 /// restart(), over a buffer only: end record (searched from the back) ─▶
 /// directory ─▶ record of the entry after the failed one ─▶ a second

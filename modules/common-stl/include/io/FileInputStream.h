@@ -13,9 +13,10 @@ namespace QRN_SPACE {
 /// The stream owns its descriptor and closes it. Mark and reset are file
 /// positions, so they work on anything that can seek; a mark ignores its read
 /// limit and lasts until the next mark(). Every system error is an
-/// IOException with strerror(errno); every operation but markSupported()
-/// throws "Stream is already closed" after close(). One user at a time (the
-/// file position is shared with whoever else holds the descriptor).
+/// IOException with strerror(errno); after close(), every operation but
+/// close() and markSupported() throws "Stream is already closed". One user
+/// at a time (the file position is shared with whoever else holds the
+/// descriptor).
 /// @ingroup streams
 class TUSKEL_API FileInputStream : public InputStream {
 public:

@@ -18,12 +18,14 @@ class PipeProducerOutputStream;
 /// through getProducerOutputStream(); consumers read at increasing positions
 /// and block until their position holds data or writing has ended.
 ///
+/// ```
 ///   open for writing --(producer close(), or closeWriting())--> closed
+/// ```
 ///
-///   A consumer whose position has no data waits on _dataAvailable while
-///   writing is open; every operation that adds bytes and closeWriting()
-///   wake all waiters, and each reads again to decide. Once closed, reads
-///   answer at once (-1 or 0 past the end).
+/// A consumer whose position has no data waits on a condition while
+/// writing is open; every operation that adds bytes and closeWriting() wake
+/// all waiters, and each reads again to decide. Once closed, reads answer
+/// at once (-1 or 0 past the end).
 ///
 /// Threads: this is the one buffer meant for several threads at once. Every
 /// data operation holds the pipe's mutex throughout, released on every

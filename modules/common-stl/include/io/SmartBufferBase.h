@@ -29,9 +29,11 @@ enum BufferBasePolicy {
 /// States (policies 1 and 3; the others are fixed from construction, as is
 /// a store created in a file because initialSize was above the barrier):
 ///
+/// ```
 ///   in memory --(a checked operation finds size > _barrier)--> in file
 ///       |
 ///       +--(discardUsedBuffer())--> in memory for good
+/// ```
 ///
 /// The check runs before the operation, on the size before it, and only in
 /// write (both), insert (both), the block cut and append(char): so a store

@@ -36,8 +36,9 @@ public:
     /// changed; this is what gets logged. The const overload, inherited
     /// from RNObject, answers the type name instead.
     virtual const char* toString();
-    /// `file` + ", line" + `line`, e.g. "../../core/tuskel/src/utils/IOUtils,
-    /// line25". The missing blank is intended.
+    /// `file` + ", line" + `line`, such as
+    /// "../../core/tuskel/src/utils/IOUtils, line25". The missing blank is
+    /// intended.
     virtual std::string getErrorLocation() const;
 };
 

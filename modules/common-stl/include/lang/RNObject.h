@@ -14,7 +14,7 @@ public:
     /// Virtual, so that every library object can be deleted through its base.
     virtual ~RNObject();
 
-    /// The mangled run-time type name of the dynamic class, e.g.
+    /// The mangled run-time type name of the dynamic class, such as
     /// "16CommonBufferBase"; subclasses with a better text override it.
     /// The text is static: the caller does not free it.
     virtual const char* toString() const;
