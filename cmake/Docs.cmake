@@ -11,8 +11,9 @@ set(TUSKEL_DOCS_ROOTS
   ${PROJECT_SOURCE_DIR}/modules/common-stl/include
   ${PROJECT_SOURCE_DIR}/core/tuskel/include
   ${PROJECT_SOURCE_DIR}/plugin/include)
-string(REPLACE ";" " " TUSKEL_DOCS_STRIP "${TUSKEL_DOCS_ROOTS}")
-set(TUSKEL_DOCS_INPUT "${PROJECT_SOURCE_DIR}/docs/mainpage.dox ${TUSKEL_DOCS_STRIP}")
+# Doxygen lists are blank-separated: each path is quoted.
+string(REPLACE ";" "\" \"" TUSKEL_DOCS_STRIP "\"${TUSKEL_DOCS_ROOTS}\"")
+set(TUSKEL_DOCS_INPUT "\"${PROJECT_SOURCE_DIR}/docs/mainpage.dox\" ${TUSKEL_DOCS_STRIP}")
 set(TUSKEL_DOCS_OUTPUT ${PROJECT_BINARY_DIR}/docs)
 configure_file(${PROJECT_SOURCE_DIR}/docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
 
