@@ -55,7 +55,8 @@ public:
 ///
 /// Owns `info` and deletes it with itself. Filled by the unarchiver, then
 /// owned by the entry processor it is handed to (see
-/// ArchiveEntryProcessor::processEntry()).
+/// ArchiveEntryProcessor::processEntry()). A plain record: one thread at a
+/// time.
 /// @ingroup archive
 class TUSKEL_API ArchiveEntryInfo {
 public:
@@ -122,7 +123,8 @@ private:
     ArchiveEntryInfo* _skipped = nullptr;  // the default's last info; owned
 };
 
-/// A yes/no question about an entry; see ZipArchiveProcessor.
+/// A yes/no question about an entry; see ZipArchiveProcessor. The library's
+/// processors hold no state.
 /// @ingroup archive
 class TUSKEL_API ArchiveProcessor {
 public:
@@ -156,7 +158,7 @@ public:
 /// The writing side; no format of this library writes.
 ///
 /// Every default raises ArchivingException "Unimplemented". The caller keeps
-/// what it passes.
+/// what it passes. The defaults hold no state.
 /// @ingroup archive
 class TUSKEL_API Archiver {
 public:
@@ -226,7 +228,8 @@ protected:
     DecompressProcessor* _processor;  ///< May be null; not owned.
 };
 
-/// The encoding side; nothing in this library encodes.
+/// The encoding side; nothing in this library encodes. The defaults hold no
+/// state.
 /// @ingroup archive
 class TUSKEL_API Encoder {
 public:
@@ -242,7 +245,7 @@ public:
 };
 
 /// A decoder interface beside Decompressor; nothing in this library
-/// implements it.
+/// implements it. The defaults hold no state.
 /// @ingroup archive
 class TUSKEL_API Decoder {
 public:
