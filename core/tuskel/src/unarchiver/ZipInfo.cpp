@@ -51,9 +51,9 @@ bool ZipInfo::read(InputStream& in, bool headerOnly) {
     in.skip(Z::LOCHDR);
     // Name and extra field in one read; the name must arrive whole, a short
     // extra field is not an error.
-    zipfields::Block block(nameLength + extraLength);
-    char* p = block.get();
-    int got = zipfields::read(in, p, nameLength + extraLength, nameLength);
+    zipfields::Block block;
+    int got = block.read(in, nameLength + extraLength, nameLength);
+    const char* p = block.get();
     name.assign(p, static_cast<size_t>(nameLength));
     if (extraLength > 0) {
         extra.reset(new (std::nothrow) char[static_cast<size_t>(extraLength)]());
