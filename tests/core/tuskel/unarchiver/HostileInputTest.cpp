@@ -109,7 +109,7 @@ void feed(Tally& tally, const std::string& name, const std::string& data, unsign
     const long foreign = foreignAtBoundary;
     const int result = CommonDecompressor().decompress(&host, &entries);
     if (result == 2 || result < 0 || result > 3 || foreignAtBoundary != foreign) {
-        tally.fail("decompress answered " + std::to_string(result) + " with a foreign exception at the boundary");
+        tally.fail(join("decompress answered", result, "after", foreignAtBoundary - foreign, "foreign exceptions"));
     } else {
         ++tally.results[result];
     }
@@ -131,7 +131,7 @@ void feed(Tally& tally, const std::string& name, const std::string& data, unsign
 class Sweep : public ::testing::Test {
 protected:
     void SetUp() override {
-        CommonDecompressor().setLogger(CommonDecompressor::LOG_ERRORS, onLog);
+        CommonDecompressor().setLogger(CommonDecompressor::LOG_DEBUG, onLog);  // every line, hostile names too
 #if defined(__SANITIZE_ADDRESS__)
         __sanitizer_set_death_callback(saveCurrentInput);
 #endif
@@ -151,14 +151,14 @@ protected:
 // build: decompress() must hold on i386 and x86_64 alike.
 const size_t kStrides = 1000, kMutants = 20000;
 
-// Every prefix of an input of up to 16 KiB; of a larger one every prefix
-// within 1 KiB of either end, where the records are dense, and kStrides
-// evenly between.
+// Every prefix of an input of up to 16 KiB, the whole included; of a larger
+// one every prefix within 1 KiB of either end, where the records are dense,
+// and kStrides evenly between.
 std::vector<size_t> prefixLengths(size_t size) {
     const size_t kWhole = 16384, kEdge = 1024;
     const size_t step = size <= kWhole ? 1 : (size - 2 * kEdge) / kStrides + 1;
     std::vector<size_t> lengths;
-    for (size_t n = 0; n < size; n += n < kEdge || n + kEdge >= size ? 1 : step) lengths.push_back(n);
+    for (size_t n = 0; n <= size; n += n < kEdge || n + kEdge >= size ? 1 : step) lengths.push_back(n);
     return lengths;
 }
 
