@@ -8,68 +8,30 @@
 // offered, what the final entry carries (directory records read, the end
 // record's total), and from the allocation operators the heap the run held
 // at its peak beyond what it started with, per entry, next to what the
-// directory handed to the processor takes per entry.
+// directory handed to the processor takes per entry (zlib's own
+// allocations, a constant per inflated entry, are not counted).
 //
 //   scripts/bench.sh zip_bounds_bench        (archives in $TUSKEL_BENCH_DIR, else /tmp)
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <map>
 #include <memory>
-#include <new>
 #include <string>
 
 #include "MemoryHost.h"
 #include "io/ContinuousMemBufferBase.h"
+#include "support/Allocations.h"
 #include "unarchiver/ZipConstants.h"
 #include "unarchiver/ZipEntryInfo.h"
 #include "unarchiver/ZipUnarchiver.h"
 #include "utils/IOUtils.h"
 
 using namespace QRN_SPACE;
-
-// Live heap bytes through operator new and delete, and their peak. zlib's
-// own allocations (a constant per inflated entry) are not among them.
-namespace {
-
-std::atomic<long> liveBytes{0}, peakBytes{0};
-const size_t kHeader = alignof(std::max_align_t);
-
-void* allocate(size_t n) noexcept {
-    char* block = static_cast<char*>(std::malloc(n + kHeader));
-    if (block == nullptr) return nullptr;
-    *reinterpret_cast<size_t*>(block) = n;
-    long now = liveBytes += static_cast<long>(n);
-    for (long peak = peakBytes; now > peak && !peakBytes.compare_exchange_weak(peak, now);) {
-    }
-    return block + kHeader;
-}
-
-void release(void* p) noexcept {
-    if (p == nullptr) return;
-    char* block = static_cast<char*>(p) - kHeader;
-    liveBytes -= static_cast<long>(*reinterpret_cast<size_t*>(block));
-    std::free(block);
-}
-
-void* allocateOrThrow(size_t n) {
-    if (void* p = allocate(n)) return p;
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(size_t n) { return allocateOrThrow(n); }
-void* operator new[](size_t n) { return allocateOrThrow(n); }
-void* operator new(size_t n, const std::nothrow_t&) noexcept { return allocate(n); }
-void* operator new[](size_t n, const std::nothrow_t&) noexcept { return allocate(n); }
-void operator delete(void* p) noexcept { release(p); }
-void operator delete[](void* p) noexcept { release(p); }
-void operator delete(void* p, size_t) noexcept { release(p); }
-void operator delete[](void* p, size_t) noexcept { release(p); }
+using tuskel_test::liveBytes;
+using tuskel_test::peakBytes;
 
 namespace {
 

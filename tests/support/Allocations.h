@@ -6,12 +6,14 @@
 
 namespace tuskel_test {
 
-// The largest single allocation by operator new or new[] since it was last
-// set to 0, for bounds on what a reader allocates against its input. Linking
-// this replaces the global allocation operators of the test program, in
-// builds where TUSKEL_COUNT_ALLOCATIONS is defined: those without
-// sanitizers, whose runtimes bring their own. Elsewhere it stays 0.
+// Heap use through operator new and delete, for bounds on what a reader
+// allocates against its input: the largest single allocation, and the bytes
+// live now and at their peak, each since the caller last set it. Linking
+// this replaces the global allocation operators of the program, in builds
+// where TUSKEL_COUNT_ALLOCATIONS is defined: those without sanitizers, whose
+// runtimes bring their own. Elsewhere they stay 0.
 extern std::atomic<size_t> largestAllocation;
+extern std::atomic<long> liveBytes, peakBytes;
 
 }  // namespace tuskel_test
 
