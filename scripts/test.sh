@@ -41,7 +41,8 @@ for config in "${configs[@]}"; do
   echo "=== $config ==="
   dir="$root/build/$config"
   case $config in
-    native) build "$dir"; run_ctest native "$dir" ;;
+    native) build "$dir" -DCMAKE_INSTALL_PREFIX=/usr  # the Debian packages' layout, which its tests check
+            run_ctest native "$dir" ;;
     i386)   build "$dir" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/i386.cmake" -DTUSKEL_GTEST_FROM_SOURCE=ON
             run_ctest i386 "$dir" ;;
     asan)   build "$dir" -DTUSKEL_SANITIZE=address,undefined; run_ctest asan "$dir" ;;
