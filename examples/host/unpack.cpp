@@ -38,6 +38,8 @@ class MemoryBuffer : public CommonBuffer {
 public:
     explicit MemoryBuffer(long limit, std::string bytes = std::string())
         : bytes_(std::move(bytes)), limit_(limit), position_(0) {}
+    MemoryBuffer(const MemoryBuffer&) = delete;
+    MemoryBuffer& operator=(const MemoryBuffer&) = delete;
 
     int read(char* buf, int len) override {
         if (len <= 0 || position_ >= size()) return 0;
