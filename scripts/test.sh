@@ -41,7 +41,7 @@ for config in "${configs[@]}"; do
   echo "=== $config ==="
   dir="$root/build/$config"
   case $config in
-    native) build "$dir" -DCMAKE_INSTALL_PREFIX=/usr  # the Debian packages' layout, which its tests check
+    native) build "$dir" -DCMAKE_INSTALL_PREFIX=/usr  # the packages' layout, so the package test checks it
             run_ctest native "$dir" ;;
     i386)   build "$dir" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/i386.cmake" -DTUSKEL_GTEST_FROM_SOURCE=ON
             run_ctest i386 "$dir" ;;
