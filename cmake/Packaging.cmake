@@ -22,12 +22,15 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)  # a RelWithDebInfo tree packages as lean as a Release one
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL lib dev tool)
+set(CPACK_COMPONENTS_ALL lib dev)
+if(TARGET tuskel_tool)
+  list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${TUSKEL_PACKAGE_RELEASE})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The tool's own libtuskel.so.0 is not installed yet when its dependencies
+# The libtuskel.so.0 the tool needs is not installed when its dependencies
 # are worked out; the build tree has it. Its package comes from the
 # relation to `lib`.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
@@ -35,8 +38,8 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 
 set(CPACK_DEBIAN_LIB_PACKAGE_NAME libtuskel${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIB_PACKAGE_SECTION libs)
-# A shlibs file, so that packages built against this one depend on it, and
-# ldconfig runs on install and removal.
+# A shlibs file, so that packages built against this one depend on it.
+# (CPack adds the ldconfig calls on install and removal by itself.)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_LIB_DESCRIPTION "GZIP and ZIP decompression plug-in library
