@@ -13,6 +13,7 @@ packages=(
   time                                  # peak memory in the tool tests
   gcc-mingw-w64-i686 gcc-mingw-w64-x86-64  # self-extractor stubs, built at test time
   doxygen                               # the API reference (docs target)
+  dpkg-dev file                         # Debian packages: cpack's dependency scan
 )
 [ "${TUSKEL_WITH_BENCH:-0}" = 1 ] && packages+=(libbenchmark-dev)
 command -v python3 >/dev/null || packages+=(python3)

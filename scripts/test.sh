@@ -41,7 +41,7 @@ for config in "${configs[@]}"; do
   echo "=== $config ==="
   dir="$root/build/$config"
   case $config in
-    native) build "$dir"
+    native) build "$dir" -DCMAKE_INSTALL_PREFIX=/usr  # the packages' layout, so the package test checks it
             # The API reference: an undocumented public class or operation fails here.
             cmake --build "$dir" --target docs
             summaries+=("docs: API reference in build/native/docs/html, no warning")

@@ -1,8 +1,8 @@
 #ifndef TUSKEL_TEST_HOSTDOUBLES_H
 #define TUSKEL_TEST_HOSTDOUBLES_H
 
-// A host's side of the library in plain C++98 over the public header alone,
-// so that the host built outside the project uses it too.
+// A host's side of the library over the public header alone, as a host
+// outside the project would write it.
 
 #include <deque>
 #include <set>
