@@ -43,14 +43,16 @@ struct Cutter : QRN_SPACE::DecompressProcessor {
 };
 
 // Keeps each entry until endUnarchiving(), as the contract asks. Now and
-// then it rewrites the algorithm, as a processor may.
+// then it rewrites the algorithm, as a processor may. `salt` shifts the
+// answers, so that a single-entry format gets them all too.
 struct VaryingProcessor : QRN_SPACE::ArchiveEntryProcessor {
     CappedOutput out;
     std::unique_ptr<QRN_SPACE::ArchiveEntryInfo> entry;
+    unsigned salt = 0;
     QRN_SPACE::OutputStream* processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) override {
         entry.reset(info);
         static const int answers[] = {2, 2, 1, 2, 0, 2, -1, 7};
-        const unsigned order = static_cast<unsigned>(info->order);
+        const unsigned order = static_cast<unsigned>(info->order) + salt;
         action = answers[order % 8];
         if (order % 16 == 9) info->algorithm = QRN_SPACE::ArchiveConstants::ALGORITHM_SHRINK;
         if (order % 16 == 13) info->algorithm = QRN_SPACE::ArchiveConstants::ALGORITHM_IMPLODE;

@@ -12,6 +12,7 @@ packages=(
   libcli11-dev nlohmann-json3-dev       # the tuskel tool: options and JSON
   time                                  # peak memory in the tool tests
   gcc-mingw-w64-i686 gcc-mingw-w64-x86-64  # self-extractor stubs, built at test time
+  doxygen                               # the API reference (docs target)
 )
 [ "${TUSKEL_WITH_BENCH:-0}" = 1 ] && packages+=(libbenchmark-dev)
 command -v python3 >/dev/null || packages+=(python3)

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, then builds and tests every
-# configuration in turn (native x86_64, i386, AddressSanitizer +
-# UndefinedBehaviorSanitizer, ThreadSanitizer on the concurrent tests) and
-# runs the fuzzers. Exits non-zero on the first failure.
+# configuration in turn (native x86_64 with the API reference, i386,
+# AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer on the
+# concurrent tests) and runs the fuzzers. Exits non-zero on the first failure.
 #
 #   scripts/test.sh                 everything
 #   scripts/test.sh native asan     only the named configurations
@@ -41,7 +41,11 @@ for config in "${configs[@]}"; do
   echo "=== $config ==="
   dir="$root/build/$config"
   case $config in
-    native) build "$dir"; run_ctest native "$dir" ;;
+    native) build "$dir"
+            # The API reference: an undocumented public class or operation fails here.
+            cmake --build "$dir" --target docs
+            summaries+=("docs: API reference in build/native/docs/html, no warning")
+            run_ctest native "$dir" ;;
     i386)   build "$dir" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/i386.cmake" -DTUSKEL_GTEST_FROM_SOURCE=ON
             run_ctest i386 "$dir" ;;
     asan)   build "$dir" -DTUSKEL_SANITIZE=address,undefined; run_ctest asan "$dir" ;;

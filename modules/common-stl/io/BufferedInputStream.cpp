@@ -125,8 +125,11 @@ void BufferedInputStream::_dropMark() {
 // The capacity doubles, but not beyond the mark's limit. A buffer full at
 // that size cannot grow, and a read into no room would answer 0 and look
 // like the end of the stream: the mark is given up instead and the refill
-// goes on. A buffer that still has room (after short reads) is filled further.
+// goes on. A buffer that still has room (after short reads) is filled
+// further: growing it then would let a stream that trickles its bytes
+// double it on every refill, towards the limit, for a few bytes.
 void BufferedInputStream::_growMarkBuffer() {
+    if (_count < _capacity) return;
     const int doubled = _capacity > INT_MAX / 2 ? INT_MAX : _capacity * 2;
     const int wanted = std::min(doubled, _markLimit);
     if (wanted <= _capacity) {

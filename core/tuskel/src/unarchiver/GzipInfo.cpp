@@ -64,7 +64,9 @@ void GzipInfo::_readExtra(InputStream& in) {
     int xlen = IOUtils::readUShort(in);
     extraLength = xlen;
     if (xlen == 0) return;
-    extra.reset(new (std::nothrow) char[xlen]());  // zeroed: the read may come up short
+    // At the declared length, zeroed, as the read may come up short: at most
+    // 64 KiB, once per member, whatever the input.
+    extra.reset(new (std::nothrow) char[xlen]());
     if (!extra) throwAt<OutOfMemoryException>("Out of memory", {kSource, kLineExtraMemory});
     // Intended: a short extra field is not an error here; the body that
     // follows then fails to inflate.

@@ -38,9 +38,9 @@ bool ZipCentralDir::read(InputStream& in) {
     if (nameLength < 1) throwAt<IOException>("empty file name in central directory", {kSource, kLineEmptyName});
     // Name, extra field and comment follow each other: one read for all.
     int variable = nameLength + extraLength + commentLength;
-    zipfields::Block block(variable);
-    char* p = block.get();
-    zipfields::read(in, p, variable, variable);
+    zipfields::Block block;
+    block.read(in, variable, variable);
+    const char* p = block.get();
     name.assign(p, static_cast<size_t>(nameLength));
     extra.assign(p + nameLength, static_cast<size_t>(extraLength));
     comment.assign(p + nameLength + extraLength, static_cast<size_t>(commentLength));

@@ -34,8 +34,8 @@ bool ZipEndCentralDir::read(InputStream& in) {
     directorySize = IOUtils::readUInt(h + Z::ENDSIZ);      // directory size in bytes
     directoryOffset = IOUtils::readUInt(h + Z::ENDOFF);    // directory offset
     int commentLength = IOUtils::readUShort(h + Z::ENDCOM);  // comment length
-    zipfields::Block block(commentLength);
-    zipfields::read(in, block.get(), commentLength, commentLength);
+    zipfields::Block block;
+    block.read(in, commentLength, commentLength);
     comment.assign(block.get(), static_cast<size_t>(commentLength));
     return true;
 }

@@ -51,11 +51,13 @@ bool ZipInfo::read(InputStream& in, bool headerOnly) {
     in.skip(Z::LOCHDR);
     // Name and extra field in one read; the name must arrive whole, a short
     // extra field is not an error.
-    zipfields::Block block(nameLength + extraLength);
-    char* p = block.get();
-    int got = zipfields::read(in, p, nameLength + extraLength, nameLength);
+    zipfields::Block block;
+    int got = block.read(in, nameLength + extraLength, nameLength);
+    const char* p = block.get();
     name.assign(p, static_cast<size_t>(nameLength));
     if (extraLength > 0) {
+        // At the declared length, zero-padded: more than arrived only where
+        // the input ends inside the field, and at most 64 KiB.
         extra.reset(new (std::nothrow) char[static_cast<size_t>(extraLength)]());
         if (!extra) throwAt<OutOfMemoryException>("Out of memory", {kSource, kLineNoMemory});
         std::memcpy(extra.get(), p + nameLength, static_cast<size_t>(got - nameLength));
@@ -86,6 +88,8 @@ int ZipInfo::readCentralDirs(InputStream& in, int count) {
     centralDirRead = true;
     flags = 0;
     int good = 0;
+    // The count is of local headers taken up, 30 bytes of input each at the
+    // least: the directory is bounded by the input, never by a header field.
     if (count > 0) centralDirs.reserve(centralDirs.size() + static_cast<size_t>(count));
     // At most `count` reads; every record that reads consumes its 46 bytes.
     for (int i = 0; i < count; ++i) {

@@ -9,26 +9,32 @@
 
 namespace QRN_SPACE {
 
-// A BufferBase that keeps all its bytes in one heap block, so that
-// getMemAddress() hands out a single pointer to the whole content (valid
-// until the next operation that grows the buffer). It owns the block.
-//
-// Growth allocates the needed size plus a fixed 4096 bytes of headroom and
-// copies the live bytes: the class suits content whose size is known in
-// advance (pass it as the initial capacity) or moderate. The block never
-// shrinks. Reads take the lock shared, changes exclusive; each operation is
-// atomic, a sequence of them is not.
-//
-// An insert beyond the end keeps its historical shape (intended): the bytes
-// land at `pos`, the size grows by their count only, so they lie outside
-// the content whenever pos > size; the zero fill runs from `pos` as well.
-//
-// Failing allocations and sizes past what a long can address raise
-// OutOfMemoryException "Out of memory"; the buffer stays as it was.
+/// A BufferBase that keeps all its bytes in one heap block, so that
+/// getMemAddress() hands out a single pointer to the whole content.
+///
+/// The pointer stays owned by the buffer and valid until the next operation
+/// that grows it. Growth allocates the needed size plus a fixed 4096 bytes of
+/// headroom and copies the live bytes: the class suits content whose size is
+/// known in advance (pass it as the initial capacity) or moderate. The block
+/// never shrinks.
+///
+/// Threads: reads take the lock shared, changes exclusive; each operation is
+/// atomic, a sequence of them is not.
+///
+/// An insert beyond the end keeps its historical shape (intended): the bytes
+/// land at `pos`, the size grows by their count only, so they lie outside
+/// the content whenever pos > size; the zero fill runs from `pos` as well.
+///
+/// Failing allocations and sizes past what a long can address raise
+/// OutOfMemoryException "Out of memory"; the buffer stays as it was.
+/// getType() answers TYPE_CONTINUOUS_MEMORY.
+/// @ingroup buffers
 class TUSKEL_API ContinuousMemBufferBase : public BufferBase {
 public:
-    // initialCapacity <= 0 allocates nothing. When the block cannot be
-    // allocated the buffer is invalid ("Broken BufferBase" from then on).
+    /// An empty buffer with room for `initialCapacity` bytes (plus the
+    /// headroom); 0 or less allocates nothing. Never throws: when the block
+    /// cannot be allocated the buffer is invalid ("Broken BufferBase" from
+    /// then on).
     explicit ContinuousMemBufferBase(long initialCapacity);
     ~ContinuousMemBufferBase() override;
 
@@ -45,7 +51,9 @@ public:
     void truncate(long newSize) override;
 
     long getSize() const override;
-    char* getMemAddress() override;  // null before the first growth
+    /// The first byte of the content; null before the first growth. Owned by
+    /// the buffer; invalidated by any operation that grows it.
+    char* getMemAddress() override;
 
 private:
     using Block = std::unique_ptr<char[]>;

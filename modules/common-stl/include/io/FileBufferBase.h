@@ -9,48 +9,60 @@
 
 namespace QRN_SPACE {
 
-// A BufferBase that keeps its bytes in a temporary file, through one stdio
-// stream, so that content of any size costs no memory. The buffer owns the
-// file: an anonymous one (tmpfile) vanishes with its stream, a named one
-// (made by mkstemp in a given directory) is removed by the destructor, also
-// when that runs during an exception's unwinding.
-//
-// Only the first getSize() bytes of the file are content; cuts and
-// truncates never shorten the file. Appending and sequential reading cost
-// one write or read per call (a seek only where the stream is elsewhere);
-// an insert or a cut inside the content copies the whole tail in 1024-byte
-// steps; a gap is zero-filled byte by byte.
-//
-// One mutex serialises every operation, reads included (they move the
-// stream position); a sequence of operations is not atomic. Every write is
-// flushed before its operation returns, so a failure (a full disk) is
-// reported by the operation that caused it: IOException with the system's
-// error text, the size and the bytes before the failure unchanged, the
-// mutex released. Bytes that a failing insert or cut had already moved stay
-// moved. A read that finds the file shorter than the content (the file was
-// cut from outside) reports "Input/output error".
-//
-// Intended oddities: an insert beyond the end is anchored at `pos` as in
-// ContinuousMemBufferBase (the size grows by the count only; the bytes it
-// takes in from the old end up to `pos` read as zeros); open() after close()
-// empties the file while the size stays.
-//
-// When the file cannot be created the buffer is invalid ("Broken
-// BufferBase" from every data operation).
+/// A BufferBase that keeps its bytes in a temporary file, through one stdio
+/// stream, so that content of any size costs no memory.
+///
+/// The buffer owns the file: an anonymous one (tmpfile) vanishes with its
+/// stream, a named one (made by mkstemp in a given directory) is removed by
+/// the destructor, also when that runs during an exception's unwinding.
+///
+/// Only the first getSize() bytes of the file are content; cuts and
+/// truncates never shorten the file. Appending and sequential reading cost
+/// one write or read per call (a seek only where the stream is elsewhere);
+/// an insert or a cut inside the content copies the whole tail in 1024-byte
+/// steps; a gap is zero-filled byte by byte.
+///
+/// Threads: one mutex serialises every operation, reads included (they move
+/// the stream position); a sequence of operations is not atomic. Every write is
+/// flushed before its operation returns, so a failure (a full disk) is
+/// reported by the operation that caused it: IOException with the system's
+/// error text, the size and the bytes before the failure unchanged, the
+/// mutex released. Bytes that a failing insert or cut had already moved stay
+/// moved. A read that finds the file shorter than the content (the file was
+/// cut from outside) reports "Input/output error".
+///
+/// Intended oddities: an insert beyond the end is anchored at `pos` as in
+/// ContinuousMemBufferBase (the size grows by the count only; the bytes it
+/// takes in from the old end up to `pos` read as zeros); open() after close()
+/// empties the file while the size stays.
+///
+/// When the file cannot be created the buffer is invalid ("Broken
+/// BufferBase" from every data operation). getType() answers TYPE_FILE.
+/// @ingroup buffers
 class TUSKEL_API FileBufferBase : public BufferBase {
 public:
-    // An anonymous temporary file.
+    /// An empty buffer in an anonymous temporary file (tmpfile). Never
+    /// throws: without a file the buffer is invalid.
     FileBufferBase();
-    // A temporary file named by mkstemp in `directory`; null or empty means
-    // an anonymous one.
+    /// An empty buffer in a temporary file named by mkstemp in `directory`
+    /// (not kept); null or empty means an anonymous one. Never throws:
+    /// without a file the buffer is invalid.
     explicit FileBufferBase(const char* directory);
+    /// Closes the stream; removes a named file that is still the buffer's.
     ~FileBufferBase() override;
 
-    // Named files only (otherwise: "The method is not supported, if the file
-    // name is empty."). close() closes the stream and leaves the buffer
-    // invalid, the file staying on disk; open() reopens it emptied (mode
-    // "wb+") while the size keeps its value: intended.
+    /// Closes the stream of a named file and leaves the buffer invalid, the
+    /// file staying on disk until the destructor; nothing when closed
+    /// already. A failing fclose is not reported.
+    /// @throws IOException "The method is not supported, if the file name is
+    ///   empty." for an anonymous file.
     void close();
+    /// Reopens a closed named file emptied (mode "wb+") and makes the buffer
+    /// valid again, while the size keeps its value: intended, the old
+    /// content then reads as missing ("Input/output error"). Nothing when
+    /// open already; the buffer stays invalid when the file cannot be
+    /// opened.
+    /// @throws IOException as close().
     void open();
 
     int read(long pos) override;
@@ -66,8 +78,9 @@ public:
     void truncate(long newSize) override;
 
     long getSize() const override;
-    // -1 while closed or invalid. For looking at the file (fstat, pread,
-    // mmap): moving its offset would mislead the stream.
+    /// The file's descriptor; -1 while closed or invalid. Owned by the
+    /// buffer. For looking at the file (fstat, pread, mmap): closing it or
+    /// moving its offset would mislead the stream.
     int getFileDescriptor() override;
 
 private:

@@ -11,55 +11,70 @@
 
 namespace QRN_SPACE {
 
-// A BufferBase that keeps its bytes in an ordered list of separately
-// allocated blocks (at least 4096 bytes each when grown), found by binary
-// search. Growing never copies stored bytes; an insert or a cut rebuilds at
-// most the one block it lands in. The buffer owns its blocks.
-//
-// Blocks follow each other without gaps; every block but the last is full.
-// Reads take the lock shared, changes exclusive; each operation is atomic, a
-// sequence of them is not.
-//
-// An insert at or beyond the end is a plain write (intended): the gap from
-// the old end reads as zeros and the bytes land at `pos`.
-//
-// Discarding: after discardUsedBuffer(), every read releases the blocks that
-// lie wholly before the last byte it read. Positions keep their values, but
-// a released range is gone: reading, writing, inserting or cutting there
-// throws "Index out of bound", and truncating into it empties the buffer.
-// So a discarding buffer must have ONE reader that moves forward; a second
-// reader (or a rewinding one) loses the bytes the first has passed.
-//
-// Allocation failures raise IOException with the system's error text; the
-// buffer stays usable and unchanged by the failed operation.
+/// A BufferBase that keeps its bytes in an ordered list of separately
+/// allocated blocks (at least 4096 bytes each when grown), found by binary
+/// search.
+///
+/// Growing never copies stored bytes; an insert or a cut rebuilds at most
+/// the one block it lands in. The buffer owns its blocks. Blocks follow each
+/// other without gaps; every block but the last is full.
+///
+/// Threads: reads take the lock shared, changes exclusive; each operation is
+/// atomic, a sequence of them is not.
+///
+/// An insert at or beyond the end is a plain write (intended): the gap from
+/// the old end reads as zeros and the bytes land at `pos`.
+///
+/// Discarding: after discardUsedBuffer(), every read releases the blocks that
+/// lie wholly before the last byte it read. Positions keep their values, but
+/// a released range is gone: reading, writing, inserting or cutting there
+/// throws IOException "Index out of bound", and truncating into it empties
+/// the buffer. So a discarding buffer must have ONE reader that moves
+/// forward; a second reader (or a rewinding one) loses the bytes the first
+/// has passed.
+///
+/// Allocation failures raise IOException with the system's error text; the
+/// buffer stays usable and unchanged by the failed operation. getType()
+/// answers TYPE_MEMORY.
+/// @ingroup buffers
 class TUSKEL_API MemBufferBase : public BufferBase {
 public:
-    // One block of the list. Owns its bytes.
+    /// One block of the list. Owns its bytes. Used under the buffer's lock;
+    /// not thread-safe on its own.
     class Buffer {
     public:
+        /// The smallest block the list grows by.
         static const int MIN_CAPACITY = 4096;
 
-        // Unless `exact`, a capacity below MIN_CAPACITY is raised to it. All
-        // `capacity` bytes start as zeros.
+        /// A block for the content from absolute position `start`. Unless
+        /// `exact`, a capacity below MIN_CAPACITY is raised to it. All
+        /// `capacity` bytes start as zeros.
+        /// @throws IOException with the system's error text when the bytes
+        ///   cannot be allocated.
         Buffer(long start, int capacity, bool exact);
         Buffer(const Buffer&) = delete;
         Buffer& operator=(const Buffer&) = delete;
+
+        /// Frees the bytes.
         ~Buffer();
 
-        // Removes up to `len` bytes at absolute `pos` (inside this block) and
-        // answers how many. The block shrinks to its exact new size, or to
-        // nothing when all its bytes go.
+        /// Removes up to `len` bytes at absolute `pos` (inside this block) and
+        /// answers how many. The block shrinks to its exact new size, or to
+        /// nothing when all its bytes go.
+        /// @throws IOException as the constructor; the block is then unchanged.
         int cut(long pos, int len);
 
-        long start;     // absolute position of data[0]
-        int capacity;   // bytes allocated in data
-        int used;       // bytes of data holding content, from data[0]
-        char* data;     // owned
+        long start;     ///< Absolute position of data[0].
+        int capacity;   ///< Bytes allocated in data.
+        int used;       ///< Bytes of data holding content, from data[0].
+        char* data;     ///< The bytes; owned.
     };
 
+    /// An empty buffer that allocates on the first write.
     MemBufferBase();
-    // One block of initialCapacity (at least 4096) bytes; the buffer is
-    // invalid when it cannot be allocated.
+    /// An empty buffer with one block of `initialCapacity` (at least 4096)
+    /// bytes. Never throws: the buffer is invalid when the block cannot be
+    /// allocated.
     explicit MemBufferBase(long initialCapacity);
     ~MemBufferBase() override;
 
@@ -76,6 +91,8 @@ public:
     void truncate(long newSize) override;
 
     long getSize() const override;
+    /// From now on every read releases the blocks wholly before the last
+    /// byte it read (see the class description); cannot be undone.
     void discardUsedBuffer() override;
 
 private:

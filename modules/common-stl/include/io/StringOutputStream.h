@@ -7,22 +7,29 @@
 
 namespace QRN_SPACE {
 
-// Collects everything written into one string. It is never closed: close()
-// throws the content away and later writes start a new one.
+/// Collects everything written into one string.
+///
+/// It is never closed: close() throws the content away and later writes
+/// start a new one. Never throws but std::bad_alloc. One user at a time.
+/// @ingroup streams
 class TUSKEL_API StringOutputStream : public OutputStream {
 public:
-    // Reserves `capacity` bytes up front.
+    /// Reserves `capacity` bytes up front.
     explicit StringOutputStream(int capacity = 0);
     ~StringOutputStream() override;
 
     using OutputStream::write;
-    // Empties the content and releases its storage.
+    /// Empties the content and releases its storage; the stream stays usable.
     void close() override;
+    /// Nothing to flush.
     void flush() override;
+    /// Adds one byte.
     void write(char c) override;
-    // Answers len (0 for len below 1).
+    /// Adds `len` bytes; answers `len` (0 for `len` below 1).
     int write(const char* buf, int len) override;
 
+    /// The content written so far, owned by the stream; the caller may
+    /// change or take it (by swap, say). Valid while the stream lives.
     std::string& getString() { return _content; }
 
 private:

@@ -5,13 +5,18 @@
 
 namespace QRN_SPACE {
 
-// Root of the library's class hierarchy.
+/// Root of the library's class hierarchy.
+///
+/// Holds no state; any number of threads may call toString() at once.
+/// @ingroup core
 class TUSKEL_API RNObject {
 public:
+    /// Virtual, so that every library object can be deleted through its base.
     virtual ~RNObject();
 
-    // The mangled run-time type name of the dynamic class, e.g.
-    // "16CommonBufferBase"; subclasses with a better text override it.
+    /// The mangled run-time type name of the dynamic class, such as
+    /// "16CommonBufferBase"; subclasses with a better text override it.
+    /// The text is static: the caller does not free it.
     virtual const char* toString() const;
 };
 

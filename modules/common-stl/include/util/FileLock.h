@@ -7,32 +7,44 @@
 
 namespace QRN_SPACE {
 
-// An exclusive fcntl record lock on a whole lock file: it serialises
-// processes, not threads (two threads of one process both get it). Never
-// throws: -1 reports a failure, with errno set by the system where it comes
-// from a system call. The file is created when missing and removed only by
-// unlink(). One object is not guarded against use from several threads.
+/// An exclusive fcntl record lock on a whole lock file.
+///
+/// It serialises **processes, not threads**: two threads of one process both
+/// get it. Never throws: -1 reports a failure, with errno set by the system
+/// where it comes from a system call. The file is created when missing and
+/// removed only by unlink(). One object is not guarded against use from
+/// several threads.
+/// @ingroup sync
 class TUSKEL_API FileLock : public RNObject {
 public:
-    static const int PATH_SIZE = 256;  // paths are cut at PATH_SIZE - 1 bytes
+    /// Paths are cut at PATH_SIZE - 1 bytes.
+    static const int PATH_SIZE = 256;
 
-    // `share` has no effect (intended): the path is opened through
-    // setPath(path), whose own flag defaults to false. Only an explicit
-    // setPath(path, true) makes the lock file world-writable.
+    /// Opens the lock file at `path` (copied) through setPath(path).
+    /// `share` has no effect (intended): setPath's own flag defaults to
+    /// false. Only an explicit setPath(path, true) makes the lock file
+    /// world-writable.
     FileLock(const char* path, bool share);
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
-    ~FileLock() override;  // closes the file, never removes it
+    /// Closes the file (which releases the lock), never removes it.
+    ~FileLock() override;
 
-    // Closes the current file, then opens `path`, creating it with mode 0600
-    // (less the umask); `share` then sets its mode to 0666. An empty or null
-    // path leaves the lock closed.
+    /// Closes the current file, then opens `path` (copied), creating it with
+    /// mode 0600 (less the umask); `share` then sets its mode to 0666. An
+    /// empty or null path, or one that cannot be opened, leaves the lock
+    /// closed.
     void setPath(const char* path, bool share = false);
 
-    int lock();    // blocks until the lock is granted; -1 when closed
-    int unlock();  // -1 when closed
-    int close();   // -1 when closed already or when close fails
-    int unlink();  // removes the lock file; -1 when closed
+    /// Blocks until the lock is granted; 0, or -1 when closed or refused.
+    int lock();
+    /// Releases the lock; 0, or -1 when closed or refused.
+    int unlock();
+    /// Closes the file; 0, or -1 when closed already or when close fails.
+    int close();
+    /// Removes the lock file; 0, or -1 when closed or refused.
+    int unlink();
+    /// True while a lock file is open.
     bool isValid() const;
 
 private:

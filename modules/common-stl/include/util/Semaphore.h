@@ -5,18 +5,27 @@
 
 namespace QRN_SPACE {
 
-// A counting semaphore over a Mutex and a Condition. Never throws; the
-// initial count is checked by an assertion that aborts in every build.
+/// A counting semaphore over a Mutex and a Condition, for any number of
+/// threads.
+///
+/// Never throws; the initial count is checked by an assertion that aborts
+/// the process in every build.
+/// @ingroup sync
 class TUSKEL_API Semaphore : public RNObject {
 public:
-    explicit Semaphore(int count);  // count >= 1
+    /// A semaphore with `count` permits; `count` must be at least 1 (else the
+    /// process aborts).
+    explicit Semaphore(int count);
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
     ~Semaphore() override;
 
-    int wait();     // blocks while the count is below 1; always 0
-    int trywait();  // 0, or -1 when the count is not positive
-    int post();     // always 0
+    /// Takes a permit, blocking while the count is below 1; always 0.
+    int wait();
+    /// Takes a permit if one is free; 0, or -1 when the count is not positive.
+    int trywait();
+    /// Returns a permit and wakes one waiter; always 0.
+    int post();
 
 private:
     int _count;

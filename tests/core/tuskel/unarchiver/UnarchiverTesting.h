@@ -36,14 +36,16 @@ std::string join(const T&... values) {
     return s.str();
 }
 
-// Where `script` (Python) made `name`: each script runs once per test run, in a directory of its own.
-inline std::string madeBy(const std::string& script, const std::string& name) {
+// Where `script` (Python) made `name`: each script runs once per test run and set of arguments, in a
+// directory of its own.
+inline std::string madeBy(const std::string& script, const std::string& name, const std::string& arguments = "") {
     static std::map<std::string, std::unique_ptr<tuskel_test::TempDir>> dirs;
-    std::unique_ptr<tuskel_test::TempDir>& dir = dirs[script];
+    std::unique_ptr<tuskel_test::TempDir>& dir = dirs[script + " " + arguments];
     if (!dir) {
         dir.reset(new tuskel_test::TempDir());
         using tuskel_test::shellQuote;
-        EXPECT_EQ(tuskel_test::runCommand("cd " + shellQuote(dir->path()) + " && python3 " + shellQuote(script)), 0);
+        std::string command = "cd " + shellQuote(dir->path()) + " && python3 " + shellQuote(script) + " " + arguments;
+        EXPECT_EQ(tuskel_test::runCommand(command), 0);
     }
     return dir->file(name);
 }

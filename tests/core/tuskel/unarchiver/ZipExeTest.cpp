@@ -1,11 +1,9 @@
-#include <atomic>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "UnarchiverTesting.h"
 #include "io/BufferBaseInputStream.h"
 #include "plugin/HostDoubles.h"
+#include "support/Allocations.h"
 #include "support/TestFiles.h"
 #include "unarchiver/ZipConstants.h"
 #include "unarchiver/ZipExeUnarchiver.h"
@@ -13,27 +11,6 @@
 
 using namespace unarchiver_test;
 using tuskel_test::shellQuote;
-
-// The largest array allocated since it was last cleared: what the detection
-// allocates must stay within its input, whatever the headers claim. Counted
-// only without sanitizers, whose runtimes bring their own operator new.
-static std::atomic<size_t> largestArray{0};
-#ifdef TUSKEL_COUNT_ARRAYS
-static void* allocateArray(size_t n) noexcept {
-    for (size_t seen = largestArray; n > seen && !largestArray.compare_exchange_weak(seen, n);) {
-    }
-    return std::malloc(n != 0 ? n : 1);
-}
-
-void* operator new[](size_t n) {
-    if (void* p = allocateArray(n)) return p;
-    throw std::bad_alloc();
-}
-void* operator new[](size_t n, const std::nothrow_t&) noexcept { return allocateArray(n); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete[](void* p, size_t) noexcept { std::free(p); }
-void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
-#endif
 
 namespace {
 
@@ -175,11 +152,9 @@ TEST(ZipExe, HostileHeadersAnswerFalseOrTheRightPositionAndAllocateNoMoreThanThe
         auto buffer = tuskel_test::memoryBuffer(c.data);
         BufferBaseInputStream in(buffer.get());
         long pos = -1;
-        largestArray = 0;
+        tuskel_test::largestAllocation = 0;
         EXPECT_EQ(check_zipexe(in, pos), c.pos != "-");
-#ifdef TUSKEL_COUNT_ARRAYS
-        EXPECT_LE(largestArray, c.data.size());
-#endif
+        EXPECT_LE(tuskel_test::largestAllocation, c.data.size());
     }
     // 257 sections: refused before any section header is read.
     ChunkedInputStream in(pe(0x2000, {}, 257));

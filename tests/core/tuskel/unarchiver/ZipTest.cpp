@@ -1,5 +1,6 @@
 #include "UnarchiverTesting.h"
 #include "plugin/HostDoubles.h"
+#include "support/Allocations.h"
 #include "support/LogCapture.h"
 #include "support/TestFiles.h"
 #include "unarchiver/ZipConstants.h"
@@ -62,6 +63,26 @@ TEST(ZipRecords, FindPosReachesBackOverTheLongestComment) {
     // A record at position 0 reads as not found: intended.
     EXPECT_EQ(join(findPos(end), findPos(" " + end), findPos(end.substr(0, 4)), findPos(std::string(5000, 'P'))),
               join(0, 1, 0, 0));
+}
+
+// Names, extra fields and comments are as long as a header claims; on a
+// short input a reader allocates for what arrives, not for the claim.
+TEST(ZipRecords, LengthClaimsOnAShortInputCostOnlyWhatArrives) {
+    std::string central(Z::CENHDR, '\0'), end(Z::ENDHDR, '\0');
+    IOUtils::writeUInt(&central[0], Z::CENSIG);
+    for (int at : {Z::CENNAM, Z::CENEXT, Z::CENCOM}) IOUtils::writeUShort(&central[at], 0xFFFF);
+    IOUtils::writeUInt(&end[0], Z::ENDSIG);
+    IOUtils::writeUShort(&end[Z::ENDCOM], 0xFFFF);
+    const std::pair<std::string, std::function<void(InputStream&)>> records[] = {
+        {central + "name", [](InputStream& in) { ZipCentralDir().read(in); }},
+        {end + "comment", [](InputStream& in) { ZipEndCentralDir().read(in); }},
+    };
+    for (const auto& record : records) {
+        ChunkedInputStream in(record.first);
+        tuskel_test::largestAllocation = 0;
+        EXPECT_EQ(failure<IOException>([&] { record.second(in); }), "unexpected EOF");
+        EXPECT_LE(tuskel_test::largestAllocation, 1024u);
+    }
 }
 
 TEST(ZipUnarchiver, ArchivesOfRealToolsUnpackLikeUnzip) {

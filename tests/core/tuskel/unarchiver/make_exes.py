@@ -47,6 +47,9 @@ def make_archive(small):
     for name, data in files.items():
         with open("tree/" + name, "wb") as f:
             f.write(data)
+    for top, dirs, names in os.walk("tree"):  # fixed times: the same bytes on every run
+        for name in dirs + names:
+            os.utime(os.path.join(top, name), (1600000000, 1600000000))
     subprocess.run("cd tree && zip -qr ../archive.zip .", shell=True, check=True)
     return open("archive.zip", "rb").read()
 

@@ -2,12 +2,14 @@
 // awkward pieces, so that buffer fills end at every possible place.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <functional>
 
 #include "io/BufferBaseInputStream.h"
 #include "io/BufferedInputStream.h"
 #include "io/BufferedOutputStream.h"
 #include "io/StringOutputStream.h"
+#include "support/Allocations.h"
 #include "support/TestStreams.h"
 #include "support/Thrown.h"
 
@@ -77,6 +79,20 @@ TEST(BufferedStreams, AMarkServesOneResetWhileWithinItsLimit) {
         EXPECT_EQ(thrown<IOException>([&] { buffered.reset(); }), kNoMark);
         for (int asked : in.requests()) EXPECT_GT(asked, 0);  // a refill never asks for nothing
     }
+}
+
+// The mark buffer grows when it is full, not on every refill: a stream that
+// trickles its bytes must not make it double per byte towards the limit.
+TEST(BufferedStreams, AMarkAtTheStartGrowsTheBufferOnlyAsBytesArrive) {
+    const std::string data = patternBytes(100);
+    ChunkedInputStream in(data, 1);
+    BufferedInputStream buffered(in, 8);
+    buffered.mark(INT_MAX);
+    largestAllocation = 0;
+    EXPECT_EQ(readBytes(buffered, 100), data);
+    EXPECT_LE(largestAllocation, 1024u);  // nowhere near the limit (the test stream logs its requests too)
+    buffered.reset();
+    EXPECT_EQ(readBytes(buffered, 101), data);
 }
 
 TEST(BufferedStreams, SkipKeepsMarkedBytesAndOtherwiseLetsTheWrappedStreamSkip) {
