@@ -11,7 +11,7 @@
 #include <random>
 
 #include "UnarchiverTesting.h"
-#include "ZipFuzzing.h"
+#include "ArchiveFuzzing.h"
 #include "io/BufferBaseInputStream.h"
 #include "plugin/HostDoubles.h"
 #include "unarchiver/GzipConstants.h"
