@@ -24,6 +24,7 @@ const ErrorSite kCloseUnnamed{kSource, 1017};
 const ErrorSite kOpenUnnamed{kSource, 1032};
 
 const long kChunk = 1024;  // the step of a tail move
+const size_t kBatchBuffer = 64 * 1024;
 const char* const kNoName = "The method is not supported, if the file name is empty.";
 
 // pos + len for two non-negative values. No file reaches past LONG_MAX, so
@@ -117,12 +118,30 @@ void FileBufferBase::_readAt(long pos, char* buf, long len, ErrorSite site) {
     _moved(pos + len, true);
 }
 
-// Writes and flushes, so that a failure shows in the operation that made it.
+// Writes and flushes, so that a failure shows in the operation that made it
+// (or, in a batch, at its end).
 void FileBufferBase::_writeAt(long pos, const char* buf, long len) {
     _seek(pos, true);
     const size_t n = static_cast<size_t>(len);
-    if (std::fwrite(buf, 1, n, _file) != n || std::fflush(_file) != 0) _fail(errno, kShortWrite);
+    if (std::fwrite(buf, 1, n, _file) != n || (!_batching && std::fflush(_file) != 0)) _fail(errno, kShortWrite);
     _moved(pos + len, false);
+}
+
+// A run of writes that succeeds or fails as a whole: stdio gathers them in a
+// large buffer and one flush at the end reports a failure of any of them.
+void FileBufferBase::_beginBatch() {
+    Monitor hold(_lock);
+    if (_file == nullptr || _batching) return;
+    // Only a stream that has seen no I/O may take a buffer of its own.
+    if (_streamAt == -1 && _size == 0) std::setvbuf(_file, nullptr, _IOFBF, kBatchBuffer);
+    _batching = true;
+}
+
+void FileBufferBase::_endBatch() {
+    Monitor hold(_lock);
+    if (!_batching) return;
+    _batching = false;
+    if (std::fflush(_file) != 0) _fail(errno, kShortWrite);
 }
 
 // Writes `count` zero bytes at `pos`, one by one; the size is the caller's.

@@ -71,12 +71,16 @@ void SmartBufferBase::_init(long initialSize, BufferBasePolicy policy) {
 // full disk), the exception leaves the memory store in place, the file
 // buffer is released with it, and the next checked operation tries again.
 void SmartBufferBase::_migrate() {
-    std::unique_ptr<BufferBase> file(new (std::nothrow) FileBufferBase());
+    std::unique_ptr<FileBufferBase> file(new (std::nothrow) FileBufferBase());
     if (!file) throwAt<OutOfMemoryException>("Out of memory", kNoFileBuffer);
+    // One flush for the whole copy rather than one per step; a failure
+    // still fails the move, and the memory store stays.
+    file->_beginBatch();
     char chunk[kChunk];
     for (long pos = 0, n; (n = _inner->read(pos, chunk, kChunk)) >= 1; pos += n) {
         file->append(chunk, static_cast<int>(n));
     }
+    file->_endBatch();
     _inner = std::move(file);
     _mayMigrate = false;
 }

@@ -84,7 +84,12 @@ public:
     int getFileDescriptor() override;
 
 private:
+    // The smart buffer's one move into a file is the one batch of writes.
+    friend class SmartBufferBase;
+
     void _init();
+    void _beginBatch();
+    void _endBatch();
     [[noreturn]] void _fail(int error, ErrorSite site);
     void _seek(long pos, bool forWrite);
     void _moved(long to, bool reading);
@@ -100,6 +105,7 @@ private:
     bool _created = false;  // a file at _path is ours to remove
     long _streamAt = -1;    // where the stream stands; -1 when unknown
     bool _reading = false;  // the last transfer was a read
+    bool _batching = false; // writes are flushed once, by _endBatch()
     mutable Mutex _lock;    // guards all of the above and _size
 };
 
