@@ -237,3 +237,34 @@ TEST(TuskelTool, OpensSelfExtractors) {
     }
     EXPECT_EQ(tuskel("list " + shellQuote(dir.file("pe-plain.exe"))).status, 3);
 }
+
+// Entries go to standard output, or with -d into numbered files with the
+// result line on standard output; -v adds the log. Every failure has an
+// exit status of its own and says why on standard error.
+TEST(TuskelDecompress, UnpacksWhatGzipPackedAndTellsWhatHappened) {
+    TempDir dir;
+    ASSERT_EQ(runCommand("cd " + shellQuote(dir.path()) + " && seq 20000 >data && gzip -k data && " +
+                         "echo neither GZIP nor ZIP, nor a directory >blocker"), 0);
+    const std::string data = readFile(dir.file("data"));
+    struct Case { const char* arguments; int status; std::string out, err; };
+    const Case cases[] = {
+        {"decompress data.gz", 0, data, "tuskel: result 0: ok; 1 entry\n"},
+        {"decompress -v -d out data.gz", 0, "tuskel: result 0: ok; 1 entry\n",
+         "[DBG][EntryProcessor:26] find entry[data], usize[108894]\n"},
+        {"decompress blocker", 3, "", "tuskel: result 3: not supported"},
+        {"decompress missing.gz", 74, "", "tuskel: "},
+        {"decompress -d blocker/out data.gz", 74, "", "tuskel: "},
+        {"decompress data.gz >/dev/full", 74, "", "tuskel: standard output"},
+        {"", 64, "", "A subcommand is required"},
+        {"decompress -x data.gz", 64, "", ""},
+        {"decompress data.gz data.gz", 64, "", "The following argument was not expected: data.gz"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        Outcome run = tuskel(c.arguments, dir.path());
+        EXPECT_EQ(run.status, c.status);
+        EXPECT_TRUE(run.out == c.out);
+        EXPECT_EQ(run.err.find(c.err), 0u) << run.err;
+    }
+    EXPECT_TRUE(readFile(dir.file("out/1")) == data);
+}
