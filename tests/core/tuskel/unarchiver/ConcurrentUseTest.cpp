@@ -11,6 +11,7 @@
 #include "plugin/HostDoubles.h"
 #include "support/BufferScript.h"
 #include "support/LogCapture.h"
+#include "unarchiver/FileTypeProcessor.h"
 
 using namespace unarchiver_test;
 using namespace tuskel_test;
@@ -21,8 +22,8 @@ const long kBarrier = 4096;  // small, so that the smart buffers move to files
 
 // What the host side of one thread makes of the inputs, reading them in
 // pieces of `piece` bytes: each result and entry count, then per entry its
-// CRC, its type and whether a smart buffer it went through moved to a file
-// and gave it back whole.
+// CRC, its type, a file type processor's answer and whether a smart buffer it
+// went through moved to a file and gave it back whole.
 std::string unpackAll(const std::vector<std::string>& inputs, int piece) {
     std::string made;
     for (const std::string& archive : inputs) {
@@ -35,8 +36,8 @@ std::string unpackAll(const std::vector<std::string>& inputs, int piece) {
             for (size_t at = 0; at < entry.size(); at += 1000) {
                 smart.write(long(at), entry.data() + at, int(std::min<size_t>(1000, entry.size() - at)));
             }
-            made += join(zlibCrc(entry), FileTypeIdent::checkFileType(&smart, "", ""), smart.getFileDescriptor() >= 0,
-                         contentOf(smart) == entry);
+            made += join(zlibCrc(entry), FileTypeIdent::checkFileType(&smart, "", ""), FileTypeProcessor().check(&smart),
+                         smart.getFileDescriptor() >= 0, contentOf(smart) == entry);
         }
     }
     return made;
@@ -62,7 +63,7 @@ TEST(ConcurrentUse, ThreadsDecompressIdentifyAndSpillToFilesAtOnce) {
         writeFile(name, c);
         inputs.push_back(commandOutput(std::string(k % 2 ? "gzip -9c " : "gzip -1c ") + shellQuote(name)));
         types.push_back(FileTypeIdent::checkFileType(memoryBuffer(c).get(), "", ""));
-        const std::string entry = c.empty() ? "" : join(zlibCrc(c), types[k], long(c.size()) > kBarrier, true);
+        const std::string entry = c.empty() ? "" : join(zlibCrc(c), types[k], 1, long(c.size()) > kBarrier, true);
         want += join(0, !c.empty()) + entry;
         zipped += entry;
     }
