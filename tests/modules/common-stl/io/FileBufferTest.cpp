@@ -9,6 +9,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -45,6 +46,41 @@ std::string head(BufferBase& buffer, long n) {
     std::string out(size_t(n), '\0');
     out.resize(size_t(buffer.read(0, &out[0], int(n))));
     return out;
+}
+
+// Runs f in a child process whose files cannot grow past `limit` bytes (a
+// write there fails with EFBIG, SIGXFSZ being ignored) and answers its text.
+std::string withFileSizeLimit(rlim_t limit, const std::function<std::string()>& f) {
+    int out[2];
+    if (pipe(out) != 0) return "no pipe";
+    const pid_t child = fork();
+    if (child == 0) {
+        close(out[0]);
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit fsize;
+        getrlimit(RLIMIT_FSIZE, &fsize);
+        fsize.rlim_cur = limit;
+        std::string text = setrlimit(RLIMIT_FSIZE, &fsize) == 0 ? f() : "setrlimit failed";
+        ssize_t ignored = ::write(out[1], text.data(), text.size());
+        (void)ignored;
+        _exit(0);
+    }
+    close(out[1]);
+    std::string text;
+    char buf[4096];
+    for (ssize_t n; (n = read(out[0], buf, sizeof buf)) > 0;) text.append(buf, size_t(n));
+    close(out[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? text : "child died";
+}
+
+// Lifts the file size limit of the calling process back to its maximum.
+void liftFileSizeLimit() {
+    rlimit fsize;
+    getrlimit(RLIMIT_FSIZE, &fsize);
+    fsize.rlim_cur = fsize.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &fsize);
 }
 
 }  // namespace
@@ -121,40 +157,36 @@ TEST(FileBufferBase, AFileCutFromOutsideFailsAMoveAndKeepsWhatCameBefore) {
     EXPECT_EQ(head(buffer, 2148), data.substr(0, 100) + data.substr(150, 2048));  // moved bytes stay moved
 }
 
-// Files may not pass 4096 bytes (and SIGXFSZ is ignored), so a write there
-// fails with EFBIG. Each failing call reports the system's text, leaves the
-// size and the content; the smart buffer keeps its memory store and moves
-// once the disk has room again.
+// Files of the child may not pass 4096 bytes. Each failing call reports
+// the system's text, leaves the size and the content; the smart buffer
+// keeps its memory store and moves once the disk has room again.
 TEST(FileBufferBase, AFullDiskFailsTheCallThatHitsItAndLosesNothing) {
-    const std::string data = patternBytes(5000), full = error(EFBIG) + kHeader;
-    rlimit saved, limited;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    limited = saved;
-    limited.rlim_cur = 4096;
-    signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    FileBufferBase file;
-    file.append(data.data(), 3000);
-    const std::pair<std::function<void()>, std::string> calls[] = {
-        {[&] { file.append(data.data(), 2000); }, full + "355"},
-        {[&] { file.write(10000, 'x'); }, full + "346"},
-        {[&] { file.insert(0, data.data(), 2000); }, full + "355"}};
-    for (const auto& [call, want] : calls) {
-        EXPECT_EQ(thrown<IOException>(call), want);
-        EXPECT_EQ(file.getSize(), 3000);
-        EXPECT_EQ(head(file, 3000), data.substr(0, 3000));
-    }
-    SmartSettings restore;
-    SmartBufferBase::_barrier = 2000;
-    SmartBufferBase smart;
-    smart.write(0, data.data(), 5000);
-    EXPECT_EQ(thrown<IOException>([&] { smart.write(0, 'Z'); }), full + "355");
-    EXPECT_EQ(smart.getFileDescriptor(), -1);
-    EXPECT_EQ(readAll(smart), data);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &saved), 0);
-    smart.write(0, 'Z');
-    EXPECT_NE(smart.getFileDescriptor(), -1);
-    EXPECT_EQ(readAll(smart), "Z" + data.substr(1));
+    const std::string data = patternBytes(5000);
+    const std::string report = withFileSizeLimit(4096, [&] {
+        std::string text;
+        FileBufferBase file;
+        file.append(data.data(), 3000);
+        const std::function<void()> calls[] = {[&] { file.append(data.data(), 2000); },
+                                               [&] { file.write(10000, 'x'); },
+                                               [&] { file.insert(0, data.data(), 2000); }};
+        for (const auto& call : calls) {
+            text += thrown<IOException>(call) + "\n";
+            text += std::to_string(file.getSize()) + (head(file, 3000) == data.substr(0, 3000) ? " kept\n" : " lost\n");
+        }
+        SmartSettings restore;
+        SmartBufferBase::_barrier = 2000;
+        SmartBufferBase smart;
+        smart.write(0, data.data(), 5000);
+        text += thrown<IOException>([&] { smart.write(0, 'Z'); }) + "\n";
+        text += std::to_string(smart.getFileDescriptor()) + " " + (readAll(smart) == data ? "kept\n" : "lost\n");
+        liftFileSizeLimit();
+        smart.write(0, 'Z');
+        text += (smart.getFileDescriptor() != -1 ? "file " : "memory ") + readAll(smart).substr(0, 1);
+        return text;
+    });
+    const std::string full = error(EFBIG) + kHeader;
+    EXPECT_EQ(report, full + "355\n3000 kept\n" + full + "346\n3000 kept\n" + full + "355\n3000 kept\n" + full +
+                          "355\n-1 kept\nfile Z");
 }
 
 // With every descriptor below the limit taken, the move cannot make its
