@@ -84,7 +84,7 @@ bench() {
 for archive in large small stored; do
   bench "cat-$archive" \
     "tuskel=$tuskel cat $archive.zip" \
-    "zlib floor=$floor --write $archive.zip" \
+    "zlib floor=$floor --write --crc --readahead $archive.zip" \
     "unzip=unzip -p $archive.zip" \
     "bsdtar=bsdtar -xOf $archive.zip" \
     "7zz=7zz x -so $archive.zip" \
@@ -93,7 +93,7 @@ done
 for archive in large small; do
   bench "test-$archive" \
     "tuskel=$tuskel -q test $archive.zip" \
-    "zlib floor=$floor --crc $archive.zip" \
+    "zlib floor=$floor --crc --readahead $archive.zip" \
     "unzip=unzip -tq $archive.zip" \
     "7zz=7zz t -bso0 $archive.zip" \
     "python=python3 -c '$py_test' $archive.zip"
@@ -157,8 +157,9 @@ with open(os.path.join(docs, 'bench.md'), 'w') as f:
     f.write('| task | unit | ' + ' | '.join(tools) + ' | tuskel/unzip | floor/unzip |\n')
     f.write('|---|---|' + '---|' * (len(tools) + 2) + '\n')
     for row in table: f.write('| ' + ' | '.join(row) + ' |\n')
-    f.write('\n"zlib floor" is plain zlib inflating (and with test, checking the CRC-32 of) every entry, '
-            'with nothing around it: no zlib-based tool can beat it.\n')
+    f.write('\n"zlib floor" is plain zlib inflating every entry and checking its CRC-32 with zlib\'s crc32, '
+            'its compressed bytes copied in the 33,792-byte blocks the library\'s inflate driver reads: '
+            'what the library\'s design costs at the least.\n')
     f.write('\nPeak memory extracting the 1 GiB entry: tuskel %s KiB, unzip %s KiB.\n' % (rss_t, rss_u))
 chart = [t for t in tools if t != 'zlib floor']
 with open(os.path.join(results, 'chart.dat'), 'w') as f:
