@@ -169,6 +169,16 @@ TEST(TuskelTool, ExitStatusesAndMessages) {
     EXPECT_EQ(tuskel("--version").out, "tuskel 0.1.0\n");
 }
 
+// A progress bar only on a terminal, and never with -q.
+TEST(TuskelTool, ShowsProgressOnlyOnATerminal) {
+    const std::string onTerminal = "TUSKEL_PROGRESS_DELAY=0 python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' " +
+                                   shellQuote(TUSKEL_TOOL);
+    EXPECT_NE(inArchives(onTerminal + " test zip0.zip").find("% ["), std::string::npos);
+    EXPECT_EQ(inArchives(onTerminal + " -q test zip0.zip"), "");
+    EXPECT_EQ(inArchives("TUSKEL_PROGRESS_DELAY=0 " + shellQuote(TUSKEL_TOOL) + " test zip0.zip 2>&1"),
+              "zip0.zip: 9 entries ok\n");
+}
+
 // The entries behind a broken local header are still reached, through the directory.
 TEST(TuskelTool, RecoversTheEntriesBehindABrokenHeader) {
     TempDir out;
