@@ -18,6 +18,10 @@ using QRN_SPACE::IOException;
 // Large enough that the kernel's read-ahead does the rest, small enough to
 // be nothing beside the output.
 const long kWindow = 256 * 1024;
+// A window taken forward keeps this much of what lies before it: a reader
+// that looked ahead (the inflater reads 33,792 bytes at a time) and steps
+// back to where its data ended finds it still there.
+const long kKeepBehind = 64 * 1024;
 
 [[noreturn]] void throwSystemError(const std::string& path) {
     throw IOException(path + ": " + std::strerror(errno));
@@ -56,18 +60,19 @@ InputFile::~InputFile() {
 bool InputFile::_load(long pos) {
     if (pos >= _size) return false;
     if (pos >= _windowStart && pos < _windowStart + _windowLength) return true;
-    const long want = std::min(kWindow, _size - pos);
+    const long start = pos >= _windowStart + _windowLength ? std::max(pos - kKeepBehind, 0L) : pos;
+    const long want = std::min(kWindow, _size - start);
     long got = 0;
     while (got < want) {
-        ssize_t n = pread(_fd, _window.get() + got, static_cast<size_t>(want - got), static_cast<off_t>(pos + got));
+        ssize_t n = pread(_fd, _window.get() + got, static_cast<size_t>(want - got), static_cast<off_t>(start + got));
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) throwSystemError(_path);
         if (n == 0) break;  // the file shrank under us: what is there is all
         got += n;
     }
-    _windowStart = pos;
+    _windowStart = start;
     _windowLength = got;
-    return got > 0;
+    return pos < start + got;
 }
 
 int InputFile::read(long pos) {

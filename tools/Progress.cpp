@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "InputFile.h"
 #include "Names.h"
@@ -13,7 +14,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-const auto kDelay = std::chrono::seconds(1);           // quick work shows nothing
+const auto kDelay = std::chrono::seconds(1);           // quick work shows nothing...
+const char* const kDelayVariable = "TUSKEL_PROGRESS_DELAY";  // ...unless this says otherwise
 const auto kInterval = std::chrono::milliseconds(100);  // redraws at most this often
 const int kWidth = 30;                                  // characters of the bar
 const unsigned kClockEvery = 64;                        // ticks between looks at the clock
@@ -22,15 +24,27 @@ const unsigned kClockEvery = 64;                        // ticks between looks a
 
 bool Progress::_showing = false;
 
+// Seconds before a bar appears, from the environment if it says so.
+Clock::duration delay() {
+    const char* text = std::getenv(kDelayVariable);
+    char* end = nullptr;
+    const double seconds = text != nullptr ? std::strtod(text, &end) : -1;
+    if (text == nullptr || end == text || seconds < 0) return kDelay;
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
 Progress::Progress(const InputFile& input, bool quiet)
-    : _input(input), _enabled(!quiet && isatty(STDERR_FILENO)), _start(Clock::now()), _last(_start) {}
+    : _input(input),
+      _enabled(!quiet && isatty(STDERR_FILENO)),
+      _start(Clock::now() + delay()),
+      _last(_start - kInterval) {}
 
 Progress::~Progress() { clearLine(); }
 
 void Progress::tick(int entries) {
     if (!_enabled || ++_calls % kClockEvery != 0) return;
     const Clock::time_point now = Clock::now();
-    if (now - _start < kDelay || now - _last < kInterval) return;
+    if (now < _start || now - _last < kInterval) return;
     _last = now;
     _draw(entries);
 }

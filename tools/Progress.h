@@ -9,8 +9,9 @@ namespace tuskel_tool {
 class InputFile;
 
 // A progress bar on standard error for work that takes more than about a
-// second: only when standard error is a terminal and the command is not
-// quiet. It measures how far into the input the work has read.
+// second (TUSKEL_PROGRESS_DELAY seconds, if set): only when standard error
+// is a terminal and the command is not quiet. It measures how far into the
+// input the work has read.
 class Progress {
 public:
     Progress(const InputFile& input, bool quiet);
@@ -29,8 +30,8 @@ private:
 
     const InputFile& _input;
     bool _enabled;
-    std::chrono::steady_clock::time_point _start;
-    std::chrono::steady_clock::time_point _last;
+    std::chrono::steady_clock::time_point _start;  // when a bar may first appear
+    std::chrono::steady_clock::time_point _last;   // when it was last drawn
     unsigned _calls = 0;
     static bool _showing;
 };

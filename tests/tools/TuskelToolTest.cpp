@@ -201,6 +201,16 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
     EXPECT_TRUE(readFile(archives() + "/out/1") == inArchives("gzip -dc tree.txt.gz"));
 }
 
+// A progress bar only on a terminal, and never with -q.
+TEST(TuskelTool, ShowsProgressOnlyOnATerminal) {
+    const std::string onTerminal = "TUSKEL_PROGRESS_DELAY=0 python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' " +
+                                   shellQuote(TUSKEL_TOOL);
+    EXPECT_NE(inArchives(onTerminal + " test zip0.zip").find("% ["), std::string::npos);
+    EXPECT_EQ(inArchives(onTerminal + " -q test zip0.zip"), "");
+    EXPECT_EQ(inArchives("TUSKEL_PROGRESS_DELAY=0 " + shellQuote(TUSKEL_TOOL) + " test zip0.zip 2>&1"),
+              "zip0.zip: 9 entries ok\n");
+}
+
 // Within the depth given: the level beyond is named, not opened.
 TEST(TuskelTool, ScanStopsAtTheDepthGiven) {
     Outcome shallow = tuskel("scan --json --max-depth 2 nested.zip");
