@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <thread>
 
 #include "HostDoubles.h"
 #include "support/LogCapture.h"
@@ -81,37 +80,6 @@ TEST(EntryProcessor, SetsTheActionAndReleasesEveryEntryOnce) {
                               "5]\n" + kFound + "2]\n");
     EXPECT_EQ(host.contents(), (std::vector<std::string>{"ab", "AB", "cd"}));
     EXPECT_EQ(host.finished, 2);
-}
-
-// Sizes around the inflate driver's output block, packed by gzip, reach the
-// host whole from several threads at once, each reading in pieces of its own
-// size; calls share only the format registry and the logger. An empty entry
-// is never offered.
-TEST(CommonDecompressor, GzipReachesTheHostWholeFromEveryThread) {
-    TempDir dir;
-    std::vector<std::pair<std::string, std::pair<int, std::vector<std::string>>>> runs = {{"not an archive", {3, {}}}};
-    for (size_t size : {0, 1, 51199, 51200, 51201, 300000}) {
-        std::string data = patternBytes(size, static_cast<unsigned>(size));
-        writeFile(dir.file("d"), data);
-        std::string gz = commandOutput(std::string(size % 2 ? "gzip -9c " : "gzip -1c ") + shellQuote(dir.file("d")));
-        runs.push_back({gz, {0, size == 0 ? std::vector<std::string>{} : std::vector<std::string>{data}}});
-    }
-    LogCapture log(3);  // the shared logger runs too
-    const int reads[] = {1 << 30, 1, 7, 33791};
-    std::vector<int> wrong(4, 0);  // runs that went wrong, per thread
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (size_t i = 0; i < runs.size(); ++i) {
-                MemoryHostBuffer input(runs[i].first, reads[t]);
-                RecordingEntryProcessor host;
-                int result = CommonDecompressor().decompress(&input, &host);
-                if (std::make_pair(result, host.contents()) != runs[i].second) ++wrong[t];
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 // Every outcome is a result, one line or two, and what the host was handed.

@@ -19,7 +19,10 @@ void record(const char* piece) {
 }  // namespace
 
 LogCapture::LogCapture(int level) {
-    clear();
+    {
+        std::lock_guard<std::mutex> lock(gMutex);
+        gPieces.clear();
+    }
     ops.level = level;
     ops.callback = record;
 }
@@ -36,11 +39,6 @@ std::string LogCapture::text() const {
     std::string out;
     for (const std::string& piece : gPieces) out += piece;
     return out;
-}
-
-void LogCapture::clear() {
-    std::lock_guard<std::mutex> lock(gMutex);
-    gPieces.clear();
 }
 
 }  // namespace tuskel_test

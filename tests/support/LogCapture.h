@@ -6,8 +6,9 @@
 
 namespace tuskel_test {
 
-// Installs a logger that records every piece handed to the callback, and
-// removes it again on destruction. One capture at a time.
+// Installs a logger that records every piece handed to the callback, from
+// an empty record, and removes it again on destruction. One capture at a
+// time.
 class LogCapture {
 public:
     explicit LogCapture(int level);
@@ -19,7 +20,6 @@ public:
     const std::vector<std::string>& pieces() const;
     // The pieces joined, as a host would print them.
     std::string text() const;
-    void clear();
 };
 
 }  // namespace tuskel_test

@@ -168,58 +168,38 @@ TEST(MemoryBufferThreads, AppendsStayWholeWhileReadersLook) {
     }
 }
 
-// Consumers blocked on an open pipe, one on read(0) and one on a block
-// read, wake on the first byte; two more blocked past it wake when writing
-// closes and answer the end at once.
-TEST(PipeBufferThreads, ConsumersWakeOnTheFirstByteAndEndWhenWritingCloses) {
-    MemBufferBase store;
-    PipeBufferBase pipe(&store);
-    PipeProducerOutputStream* producer = pipe.getProducerOutputStream();
-    std::atomic<int> got[4] = {-2, -2, -2, -2};
-    auto reader = [&](long pos) {
-        return [&, pos](int i) {
-            char c[4];
-            got[pos * 2 + i] = i == 0 ? pipe.read(pos) : pipe.read(pos, c, 4);
-        };
-    };
-    auto first = startBlocked(2, reader(0));
-    producer->write('a');
-    for (std::thread& t : first) t.join();
-    auto last = startBlocked(2, reader(1));
-    producer->close();
-    for (std::thread& t : last) t.join();
-    EXPECT_EQ((std::vector<int>{got[0], got[1], got[2], got[3]}), (std::vector<int>{'a', 1, -1, 0}));
-}
-
-// Three consumers each read every byte at its position. The producer
-// writes byte i only once every consumer has announced that it reads
-// position i, a little later each round: a lost wake-up leaves a consumer
-// asleep for good, and the test hangs until its time limit.
-TEST(PipeBufferThreads, EveryWriteWakesEveryWaitingConsumer) {
+// Three consumers each read every byte at its position, one by the byte
+// read and two by the block read. The producer writes byte i only once every
+// consumer has announced that it reads position i, a little later each
+// round, and closes once all wait past the end: a lost wake-up leaves a
+// consumer asleep for good, and the test hangs until its time limit.
+TEST(PipeBufferThreads, EveryWriteAndTheCloseWakeEveryWaitingConsumer) {
     const int kRounds = 50000;
     MemBufferBase store;
     PipeBufferBase pipe(&store);
     PipeProducerOutputStream* producer = pipe.getProducerOutputStream();
-    std::atomic<int> reading[3] = {-1, -1, -1}, wrong{0};
+    std::atomic<int> reading[3] = {-1, -1, -1}, wrong{0}, atEnd[3] = {9, 9, 9};
     std::vector<std::thread> consumers;
     for (int k = 0; k < 3; ++k) {
         consumers.emplace_back([&, k] {
+            char c = 0;
             for (int i = 0; i < kRounds; ++i) {
                 reading[k] = i;
-                char c = 0;
                 const int r = (i + k) % 2 ? pipe.read(i) : pipe.read(i, &c, 1) == 1 ? static_cast<unsigned char>(c) : -1;
                 wrong += r != (i & 0xFF);
             }
+            reading[k] = kRounds;
+            atEnd[k] = k == 1 ? pipe.read(kRounds) : pipe.read(kRounds, &c, 1);
         });
     }
-    for (int i = 0; i < kRounds; ++i) {
+    for (int i = 0; i <= kRounds; ++i) {
         for (auto& r : reading) {
             while (r < i) std::this_thread::yield();
         }
         for (int spin = i % 257; spin > 0; --spin) wrong.load();
-        producer->write(static_cast<char>(i));
+        i < kRounds ? producer->write(static_cast<char>(i)) : producer->close();
     }
-    producer->close();
     for (std::thread& t : consumers) t.join();
     EXPECT_EQ(wrong, 0);
+    EXPECT_EQ((std::vector<int>{atEnd[0], atEnd[1], atEnd[2]}), (std::vector<int>{0, -1, 0}));  // the end: 0 or -1
 }

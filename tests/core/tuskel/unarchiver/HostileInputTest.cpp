@@ -36,17 +36,17 @@ struct Input {
 // GZIP files, and self-extractors each holding a small archive.
 std::vector<Input> archives() {
     std::vector<Input> all;
-    auto add = [&](const std::string& path, const std::string& name) {
-        all.push_back({name, tuskel_test::readFile(path)});
+    auto add = [&](const char* script, const std::string& name, const char* arguments = "") {
+        all.push_back({name, tuskel_test::readFile(madeBy(script, name, arguments))});
     };
     for (const char* name : {"empties.zip", "long.zip", "good.zip", "planted.zip", "pipe-small.zip", "zip.zip",
                              "zip0.zip", "pipe.zip"}) {
-        add(madeBy(TUSKEL_MAKE_ZIPS, name), name);
+        add(TUSKEL_MAKE_ZIPS, name);
     }
     std::istringstream gzips(tuskel_test::readFile(madeBy(TUSKEL_MAKE_GZIPS, "gzips.list")));
-    for (std::string name; gzips >> name;) add(madeBy(TUSKEL_MAKE_GZIPS, name), name);
+    for (std::string name; gzips >> name;) add(TUSKEL_MAKE_GZIPS, name);
     std::istringstream exes(tuskel_test::readFile(madeBy(TUSKEL_MAKE_EXES, "exes.list", "--small")));
-    for (std::string name, pos; exes >> name >> pos;) add(madeBy(TUSKEL_MAKE_EXES, name, "--small"), name);
+    for (std::string name, pos; exes >> name >> pos;) add(TUSKEL_MAKE_EXES, name, "--small");
     return all;
 }
 
@@ -74,16 +74,10 @@ void onLog(const char*) {
 
 // What came out of the entry points over a sweep.
 struct Tally {
-    long inputs = 0;
-    long results[4] = {};  // decompress() answers
-    long libraryExceptions = 0;
+    long unpacked = 0, libraryExceptions = 0;  // unpacked: decompress() answered 0
     std::vector<std::string> failures;
 
     void fail(const std::string& what) { failures.push_back(currentName + ": " + what); }
-    std::string summary() const {
-        return join(inputs, "inputs; decompress answered 0:", results[0], "1:", results[1], "3:", results[3],
-                    "; library exceptions:", libraryExceptions);
-    }
 };
 
 template <class F>
@@ -103,16 +97,14 @@ void contained(Tally& tally, const char* entry, F&& f) {
 // what the processors answer.
 void feed(Tally& tally, const std::string& name, const std::string& data, unsigned salt) {
     currentName = name, currentData = &data;
-    ++tally.inputs;
     tuskel_test::MemoryHostBuffer host(data, salt % 2 ? 7 : 1 << 30);
     tuskel_test::RecordingEntryProcessor entries;
     const long foreign = foreignAtBoundary;
     const int result = CommonDecompressor().decompress(&host, &entries);
     if (result == 2 || result < 0 || result > 3 || foreignAtBoundary != foreign) {
         tally.fail(join("decompress answered", result, "after", foreignAtBoundary - foreign, "foreign exceptions"));
-    } else {
-        ++tally.results[result];
     }
+    tally.unpacked += result == 0;
     auto buffer = tuskel_test::memoryBuffer(data);
     tuskel_fuzz::VaryingProcessor zip, gzip, exe;
     zip.salt = gzip.salt = exe.salt = salt;
@@ -139,9 +131,8 @@ protected:
     void TearDown() override {
         CommonDecompressor().setLogger(0, nullptr);
         currentData = nullptr;
-        std::cout << tally.summary() << "\n";
         EXPECT_EQ(tally.failures.size(), 0u) << tally.failures.front();
-        EXPECT_GT(tally.libraryExceptions, 0);  // the inputs do reach the failure paths
+        EXPECT_TRUE(tally.unpacked > 0 && tally.libraryExceptions > 0);  // the inputs reach both kinds of path
     }
     Tally tally;
 };

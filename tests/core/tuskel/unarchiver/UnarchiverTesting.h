@@ -1,8 +1,8 @@
 #ifndef TUSKEL_TEST_UNARCHIVERTESTING_H
 #define TUSKEL_TEST_UNARCHIVERTESTING_H
 
-// Shared by the unarchiver tests: zlib as the reference codec, exception
-// texts, and processors that record what they are offered.
+// Shared by the unarchiver tests: zlib as the reference codec, tool-made
+// archives, and processors that record what they are offered.
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -12,6 +12,7 @@
 
 #include "support/TestFiles.h"
 #include "support/TestStreams.h"
+#include "support/Thrown.h"
 #include "unarchiver/Tuskel.h"
 #include "utils/IOUtils.h"
 
@@ -21,12 +22,7 @@ using namespace QRN_SPACE;
 using tuskel_test::ChunkedInputStream;
 typedef ArchiveConstants A;
 
-// The message of the E that f throws (and where from, if asked), or "no error".
-template <class E = Exception>
-std::string failure(const std::function<void()>& f, bool where = false) {
-    try { f(); } catch (E& e) { return e.getMessage() + (where ? " " + e.getErrorLocation() : ""); }
-    return "no error";
-}
+using tuskel_test::thrown;
 
 // Its arguments as text, each followed by a blank.
 template <class... T>

@@ -83,6 +83,15 @@ TEST(SmartBufferBase, MovesToAFileAtTheFirstCheckPastTheBarrier) {
             EXPECT_EQ(readAll(buffer), data.substr(0, size_t(size)) + "x");
         }
     }
+    // Intended: the block append and the single-byte cut skip the check,
+    // the block cut makes it.
+    SmartBufferBase over;
+    over.write(0, data.data(), int(data.size()));
+    over.append("y", 1);
+    over.cut(0);
+    EXPECT_EQ(over.getFileDescriptor(), -1);
+    over.cut(0, 1);
+    EXPECT_NE(over.getFileDescriptor(), -1);
     SmartBufferBase discarded;
     discarded.discardUsedBuffer();
     discarded.write(0, data.data(), int(data.size()));

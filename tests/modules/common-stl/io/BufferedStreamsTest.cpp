@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <functional>
 
-#include "io/BufferBaseInputStream.h"
 #include "io/BufferedInputStream.h"
 #include "io/BufferedOutputStream.h"
 #include "io/StringOutputStream.h"
@@ -114,22 +112,6 @@ TEST(BufferedStreams, SkipKeepsMarkedBytesAndOtherwiseLetsTheWrappedStreamSkip) 
     EXPECT_EQ(readBytes(marked, 20), data.substr(0, 20));
     marked.mark(5000);
     EXPECT_EQ(marked.skip(5000), 1980);  // read through to the end
-}
-
-TEST(BufferedStreams, ClosingReleasesOnlyTheBufferAndLaterCallsFail) {
-    auto data = memoryBuffer("abc");
-    BufferBaseInputStream in(data.get());
-    BufferedInputStream buffered(in, 2);
-    std::string line;
-    buffered.read();
-    buffered.close();
-    buffered.mark(1);  // no open check
-    for (const auto& call : std::vector<std::function<void()>>{
-             [&] { buffered.available(); }, [&] { buffered.read(); }, [&] { buffered.skip(1); },
-             [&] { buffered.reset(); }, [&] { buffered.readLine(line); }}) {
-        EXPECT_EQ(thrown<IOException>(call), kClosed + "InputStream, line55");
-    }
-    EXPECT_EQ(in.read(), 'c');  // the wrapped stream stays open
 }
 
 TEST(BufferedStreams, OutputGoesDownstreamABufferAtATimeOrStraightThrough) {

@@ -4,6 +4,7 @@
 
 #include "io/BufferBaseInputStream.h"
 #include "io/BufferBaseOutputStream.h"
+#include "io/BufferedInputStream.h"
 #include "io/FilterInputStream.h"
 #include "io/FilterOutputStream.h"
 #include "support/TestStreams.h"
@@ -18,10 +19,13 @@ TEST(Streams, UnimplementedAndClosedCallsThrowTheirTexts) {
     InputStream base;
     OutputStream baseOut;
     auto buffer = memoryBuffer("abc");
-    BufferBaseInputStream closed(buffer.get());
+    BufferBaseInputStream closed(buffer.get()), wrapped(buffer.get());
     BufferBaseOutputStream closedOut(buffer.get());
+    BufferedInputStream buffered(wrapped, 2);
     closed.close(), closedOut.close(), closedOut.flush();  // flush makes no open check
+    buffered.read(), buffered.close(), buffered.mark(1);   // nor does a buffered stream's mark
     char buf[2];
+    std::string line;
     const std::pair<std::function<void()>, std::string> cases[] = {
         {[&] { base.available(); }, "Unimplemented" + in + "63"}, {[&] { base.close(); }, "Unimplemented" + in + "68"},
         {[&] { base.read(); }, "Unimplemented" + in + "73"}, {[&] { baseOut.close(); }, "Unimplemented" + out + "66"},
@@ -32,9 +36,12 @@ TEST(Streams, UnimplementedAndClosedCallsThrowTheirTexts) {
     for (const auto& [call, want] : cases) EXPECT_EQ(thrown<IOException>(call), want);
     for (const auto& call : std::vector<std::function<void()>>{
              [&] { closed.available(); }, [&] { closed.read(); }, [&] { closed.read(buf, 2); }, [&] { closed.skip(1); },
-             [&] { closed.markSupported(); }, [&] { closed.mark(1); }, [&] { closed.reset(); }}) {
+             [&] { closed.markSupported(); }, [&] { closed.mark(1); }, [&] { closed.reset(); },
+             [&] { buffered.available(); }, [&] { buffered.read(); }, [&] { buffered.skip(1); },
+             [&] { buffered.reset(); }, [&] { buffered.readLine(line); }}) {
         EXPECT_EQ(thrown<IOException>(call), "Stream is already closed" + in + "55");
     }
+    EXPECT_EQ(wrapped.read(), 'c');  // closing a buffered stream leaves what it wraps open
 }
 
 TEST(Streams, DefaultBlockReadAndSkipAreBuiltOnReadSkipInChunksOf512) {
