@@ -43,6 +43,7 @@ int BufferedInputStream::_readAfterFill() {
 
 int BufferedInputStream::read(char* buf, int len) {
     _ensureOpen();
+    if (buf == nullptr) return 0;
     int done = 0;
     while (done < len) {
         if (_position >= _count && fillBuffer() == 0) break;

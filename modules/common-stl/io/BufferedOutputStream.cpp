@@ -34,7 +34,7 @@ void BufferedOutputStream::flush() {
 
 int BufferedOutputStream::write(const char* buf, int len) {
     _ensureOpen();
-    if (len < 1) return 0;
+    if (buf == nullptr || len < 1) return 0;
     int done = 0;
     if (_count > 0 || len < _size) {
         done = std::min(len, _size - _count);

@@ -16,7 +16,7 @@ void StringOutputStream::flush() {}
 void StringOutputStream::write(char c) { _content.push_back(c); }
 
 int StringOutputStream::write(const char* buf, int len) {
-    if (len < 1) return 0;
+    if (buf == nullptr || len < 1) return 0;
     _content.append(buf, static_cast<size_t>(len));
     return len;
 }

@@ -43,7 +43,7 @@ public:
         return _readAfterFill();
     }
     /// Keeps refilling until `len` bytes are delivered or the wrapped stream
-    /// ends: short only at the end, 0 there.
+    /// ends: short only at the end, 0 there and for a null `buf`.
     int read(char* buf, int len) override;
     /// Without a mark the wrapped stream skips past what is buffered; with
     /// one, the bytes are read so that reset() can bring them back.

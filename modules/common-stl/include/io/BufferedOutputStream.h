@@ -39,10 +39,11 @@ public:
     /// Adds one byte; a full buffer is written out.
     void write(char c) override {
         _ensureOpen();
+        if (_count == _size) flush();  // a flush that threw left it full
         _buffer[_count++] = c;
         if (_count == _size) flush();
     }
-    /// Adds `len` bytes; answers `len` (0 for `len` below 1).
+    /// Adds `len` bytes; answers `len` (0 for `len` below 1 or a null `buf`).
     int write(const char* buf, int len) override;
 
 private:

@@ -25,7 +25,7 @@ public:
     void flush() override;
     /// Adds one byte.
     void write(char c) override;
-    /// Adds `len` bytes; answers `len` (0 for `len` below 1).
+    /// Adds `len` bytes; answers `len` (0 for `len` below 1 or a null `buf`).
     int write(const char* buf, int len) override;
 
     /// The content written so far, owned by the stream; the caller may

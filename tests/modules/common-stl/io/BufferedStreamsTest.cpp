@@ -2,10 +2,13 @@
 // awkward pieces, so that buffer fills end at every possible place.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+
 #include <climits>
 
 #include "io/BufferedInputStream.h"
 #include "io/BufferedOutputStream.h"
+#include "io/FileOutputStream.h"
 #include "io/StringOutputStream.h"
 #include "support/Allocations.h"
 #include "support/TestStreams.h"
@@ -66,6 +69,7 @@ TEST(BufferedStreams, AMarkServesOneResetWhileWithinItsLimit) {
         BufferedInputStream buffered(in, c.size);
         readBytes(buffered, c.before);
         buffered.mark(c.limit);
+        EXPECT_EQ(buffered.read(nullptr, 5), 0);  // takes nothing
         EXPECT_EQ(readBytes(buffered, c.after), data.substr(c.before, c.after));
         if (c.kept) {
             buffered.reset();
@@ -132,11 +136,20 @@ TEST(BufferedStreams, OutputGoesDownstreamABufferAtATimeOrStraightThrough) {
     EXPECT_EQ(out.flushes, 0);  // intended: the wrapped stream is never flushed
     EXPECT_EQ(thrown<IOException>([&] { buffered.flush(); }), kClosed + "OutputStream, line58");
 
+    // A flush that failed leaves the buffer full: the next byte retries it
+    // rather than landing past the end.
+    FileOutputStream full(::open("/dev/full", O_WRONLY));
+    BufferedOutputStream toFull(full, 2);
+    toFull.write('a');
+    for (int i = 0; i < 2; ++i) EXPECT_THROW(toFull.write('b'), IOException);
+    EXPECT_EQ(toFull.write(nullptr, 3), 0);
+
     StringOutputStream text(4);
     text.write("ab", 2), text.write('c');
     EXPECT_EQ(text.getString(), "abc");
     text.close();
     EXPECT_EQ(text.getString(), "");
     text.write('d');  // intended: still open after close()
+    EXPECT_EQ(text.write(nullptr, 3), 0);
     EXPECT_EQ(text.getString(), "d");
 }
