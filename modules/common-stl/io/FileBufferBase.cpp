@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <new>
 #include <vector>
 
 namespace QRN_SPACE {
@@ -132,8 +133,12 @@ void FileBufferBase::_writeAt(long pos, const char* buf, long len) {
 void FileBufferBase::_beginBatch() {
     Monitor hold(_lock);
     if (_file == nullptr || _batching) return;
-    // Only a stream that has seen no I/O may take a buffer of its own.
-    if (_streamAt == -1 && _size == 0) std::setvbuf(_file, nullptr, _IOFBF, kBatchBuffer);
+    // Only a stream that has seen no I/O may take a buffer of its own; stdio
+    // keeps its default size unless it is handed the memory.
+    if (_streamAt == -1 && _size == 0 && !_batchBuffer) {
+        _batchBuffer.reset(new (std::nothrow) char[kBatchBuffer]);
+        if (_batchBuffer) std::setvbuf(_file, _batchBuffer.get(), _IOFBF, kBatchBuffer);
+    }
     _batching = true;
 }
 

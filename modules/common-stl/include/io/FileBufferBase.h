@@ -2,6 +2,7 @@
 #define QRN_IO_FILEBUFFERBASE_H
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "io/BufferBase.h"
@@ -106,6 +107,7 @@ private:
     long _streamAt = -1;    // where the stream stands; -1 when unknown
     bool _reading = false;  // the last transfer was a read
     bool _batching = false; // writes are flushed once, by _endBatch()
+    std::unique_ptr<char[]> _batchBuffer;  // stdio's buffer for a batch; outlives _file
     mutable Mutex _lock;    // guards all of the above and _size
 };
 

@@ -1,8 +1,6 @@
 #ifndef QRN_IO_FILEINPUTSTREAM_H
 #define QRN_IO_FILEINPUTSTREAM_H
 
-#include <sys/types.h>
-
 #include "io/InputStream.h"
 
 namespace QRN_SPACE {
@@ -57,7 +55,7 @@ public:
 
 private:
     int _fd;
-    off_t _mark = -1;  // -1: no mark
+    long long _mark = -1;  // -1: no mark; not off_t, whose size depends on the includer's flags
 };
 
 }  // namespace QRN_SPACE
