@@ -85,6 +85,7 @@ void BufferedInputStream::reset() {
     if (_markPosition < 0) throwAt<IOException>("No mark was set", {kSource, kLineNoMark});
     _position = _markPosition;
     _markPosition = -1;  // intended: a mark serves one reset() only
+    _lfAt = _crAt = -1;
 }
 
 // Where the refill goes depends on the mark:
@@ -95,6 +96,7 @@ void BufferedInputStream::reset() {
 // A refill always asks the wrapped stream for at least one byte.
 int BufferedInputStream::fillBuffer() {
     _ensureOpen();  // the buffer is gone after close()
+    _lfAt = _crAt = -1;
     if (_markPosition < 0) {
         _position = 0;
     } else if (_position - _markPosition > _markLimit) {
@@ -171,15 +173,22 @@ bool BufferedInputStream::readLine(std::string& line) {
 // Appends the bytes before the next CR or LF in the buffer and stops there;
 // answers whether a terminator was found.
 bool BufferedInputStream::_scanLine(std::string& line) {
+    const int stop = std::min(_next('\n', _lfAt), _next('\r', _crAt));
+    line.append(_buffer.get() + _position, static_cast<size_t>(stop - _position));
+    _position = stop;
+    return stop != _count;
+}
+
+// The index of the next `c` at or after the position, or _count. A result
+// ahead of the position stays right until the buffer changes, so lines
+// ended by one kind alone do not rescan the rest of the buffer for the
+// other kind at every line.
+int BufferedInputStream::_next(char c, int& at) const {
+    if (at >= _position) return at;
     const char* from = _buffer.get() + _position;
-    const char* end = _buffer.get() + _count;
-    const char* lf = static_cast<const char*>(std::memchr(from, '\n', static_cast<size_t>(end - from)));
-    const char* stop = lf != nullptr ? lf : end;
-    const char* cr = static_cast<const char*>(std::memchr(from, '\r', static_cast<size_t>(stop - from)));
-    if (cr != nullptr) stop = cr;
-    line.append(from, static_cast<size_t>(stop - from));
-    _position += static_cast<int>(stop - from);
-    return stop != end;
+    const void* hit = std::memchr(from, c, static_cast<size_t>(_count - _position));
+    at = hit == nullptr ? _count : _position + static_cast<int>(static_cast<const char*>(hit) - from);
+    return at;
 }
 
 }  // namespace QRN_SPACE

@@ -71,6 +71,7 @@ protected:
 private:
     int _readAfterFill();
     bool _scanLine(std::string& line);
+    int _next(char c, int& at) const;
     void _dropMark();
     void _growMarkBuffer();
     void _slideMarkToFront();
@@ -82,6 +83,9 @@ private:
     int _initialSize;       // what the buffer shrinks back to
     int _markPosition = -1; // -1: no mark
     int _markLimit = 0;
+    // Where the next LF and CR lie at or after the position (_count: none
+    // there); -1 until searched, again after every refill or reset().
+    int _lfAt = -1, _crAt = -1;
 };
 
 }  // namespace QRN_SPACE
