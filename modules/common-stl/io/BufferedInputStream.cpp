@@ -136,7 +136,7 @@ void BufferedInputStream::_growMarkBuffer() {
     const int doubled = _capacity > INT_MAX / 2 ? INT_MAX : _capacity * 2;
     const int wanted = std::min(doubled, _markLimit);
     if (wanted <= _capacity) {
-        if (_position >= _capacity) _dropMark();
+        _dropMark();  // full at the limit, and read to its end (a refill runs only there)
         return;
     }
     char* grown = new (std::nothrow) char[static_cast<size_t>(wanted)];

@@ -71,7 +71,7 @@ template <class Stream>
 void closeQuietly(Stream& stream) {
     try {
         stream.close();
-    } catch (const Exception&) {
+    } catch (...) {
     }
 }
 

@@ -26,4 +26,8 @@ CompressionException::~CompressionException() = default;
 ArchivingException::~ArchivingException() = default;
 EncodingException::~EncodingException() = default;
 
+void throwSystemError(ErrorSite site, int error, const std::string& prefix, const char* suffix) {
+    throwAt<IOException>(prefix + std::strerror(error) + suffix, site);
+}
+
 }  // namespace QRN_SPACE

@@ -1,7 +1,6 @@
 #ifndef QRN_LANG_EXCEPTION_H
 #define QRN_LANG_EXCEPTION_H
 
-#include <cstring>
 #include <string>
 
 #include "lang/RNObject.h"
@@ -112,10 +111,8 @@ template <class E>
 /// Callers take errno right after the call, before anything else can change
 /// it.
 /// @ingroup core
-[[noreturn]] inline void throwSystemError(ErrorSite site, int error, const std::string& prefix = std::string(),
-                                          const char* suffix = "") {
-    throwAt<IOException>(prefix + std::strerror(error) + suffix, site);
-}
+[[noreturn]] TUSKEL_API void throwSystemError(ErrorSite site, int error, const std::string& prefix = std::string(),
+                                              const char* suffix = "");
 
 }  // namespace QRN_SPACE
 
