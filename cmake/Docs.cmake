@@ -7,20 +7,15 @@ if(NOT DOXYGEN_FOUND)
   return()
 endif()
 
-set(TUSKEL_DOCS_ROOTS
-  ${PROJECT_SOURCE_DIR}/modules/common-stl/include
-  ${PROJECT_SOURCE_DIR}/core/tuskel/include
-  ${PROJECT_SOURCE_DIR}/plugin/include)
+set(TUSKEL_DOCS_ROOTS ${tuskel_include_dirs})
 # Doxygen lists are blank-separated: each path is quoted.
 string(REPLACE ";" "\" \"" TUSKEL_DOCS_STRIP "\"${TUSKEL_DOCS_ROOTS}\"")
 set(TUSKEL_DOCS_INPUT "\"${PROJECT_SOURCE_DIR}/docs/mainpage.dox\" ${TUSKEL_DOCS_STRIP}")
 set(TUSKEL_DOCS_OUTPUT ${PROJECT_BINARY_DIR}/docs)
 configure_file(${PROJECT_SOURCE_DIR}/docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
 
-file(GLOB_RECURSE TUSKEL_DOCS_HEADERS CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/modules/common-stl/include/*.h
-  ${PROJECT_SOURCE_DIR}/core/tuskel/include/*.h
-  ${PROJECT_SOURCE_DIR}/plugin/include/*.h)
+list(TRANSFORM tuskel_include_dirs APPEND "/*.h" OUTPUT_VARIABLE TUSKEL_DOCS_GLOBS)
+file(GLOB_RECURSE TUSKEL_DOCS_HEADERS CONFIGURE_DEPENDS ${TUSKEL_DOCS_GLOBS})
 # The stamp is written only when Doxygen succeeds, so a failed run is
 # repeated by the next build rather than taken as done.
 add_custom_command(

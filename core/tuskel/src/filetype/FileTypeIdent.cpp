@@ -109,12 +109,10 @@ const int kArchiveEnd = 800;
 const char* const kListDelimiters = ",";
 const char* const kBlanks = " \t\r\n";
 
-void trim(std::string& s, const char* set) { StringHelper::trim(s, set); }
-
 // The items of a comma-separated list, each trimmed of blanks.
 std::vector<std::string> listItems(const char* list) {
     std::vector<std::string> items;
-    Utils::stringTokenizer(list, items, kListDelimiters, trim, kBlanks);
+    Utils::stringTokenizer(list, items, kListDelimiters, Utils::trimString, kBlanks);
     return items;
 }
 

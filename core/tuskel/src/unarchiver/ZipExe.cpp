@@ -78,15 +78,13 @@ const int kNeMaxShift = 47;
 const int kGrowChunk = 4096;
 
 // The first index below `limit` where the marker's first `n` bytes start,
-// or -1. The caller keeps n bytes readable behind every such index.
+// or -1. The caller keeps n bytes readable behind every such index. memmem
+// stays linear where a first-byte search would compare at every byte of a
+// section full of that byte.
 int findMarker(const unsigned char* block, int limit, int n) {
-    const unsigned char* end = block + limit;
-    for (const unsigned char* p = block; p < end; ++p) {
-        p = static_cast<const unsigned char*>(std::memchr(p, Z::SIG_ZIPEXE[0], static_cast<size_t>(end - p)));
-        if (p == nullptr) return -1;
-        if (std::memcmp(p, Z::SIG_ZIPEXE, static_cast<size_t>(n)) == 0) return static_cast<int>(p - block);
-    }
-    return -1;
+    if (limit <= 0) return -1;
+    const void* hit = memmem(block, static_cast<size_t>(limit) + n - 1, Z::SIG_ZIPEXE, static_cast<size_t>(n));
+    return hit == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(hit) - block);
 }
 
 bool isMarker(const char* bytes) { return std::memcmp(bytes, Z::SIG_ZIPEXE, kSignature) == 0; }
@@ -164,8 +162,10 @@ private:
 // Back to the check's start, then forward to `at`, marking for n bytes
 // more. False when the stream cannot get there.
 bool ExeReader::_seek(Offset at, int n) {
-    _in.reset();
+    // Refused before the reset, so that the mark still serves the check's
+    // own return to the start (a buffered stream's mark serves one reset).
     if (at > static_cast<Offset>(LONG_MAX)) return false;
+    _in.reset();
     Offset limit = at + static_cast<Offset>(n);
     _in.mark(limit > static_cast<Offset>(INT_MAX) ? INT_MAX : static_cast<int>(limit));
     for (Offset left = at; left > 0;) {
@@ -282,8 +282,9 @@ bool ExeReader::_ne(Offset header, const char* fields, long& pos) {
     const std::int64_t last = static_cast<std::int64_t>(header) + table + std::int64_t(kNeSegmentEntry) * (count - 1);
     char entry[kNeSegmentRead];
     if (last < 0 || !_readAt(static_cast<Offset>(last), entry, kNeSegmentRead)) return false;
-    if (shift > kNeMaxShift) return false;
-    const Offset start = static_cast<Offset>(IOUtils::readUShort(entry)) << shift;
+    const Offset sector = IOUtils::readUShort(entry);
+    if (sector != 0 && shift > kNeMaxShift) return false;
+    const Offset start = sector == 0 ? 0 : sector << shift;
     const int length = IOUtils::readUShort(entry + kNeSegmentLength);
     Probe found = _probe(start + (resources == residentNames ? kNeMarkerSameTables : kNeMarkerOther), pos);
     if (found != Probe::kAbsent) return found == Probe::kFound;

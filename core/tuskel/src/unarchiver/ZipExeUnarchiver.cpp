@@ -1,5 +1,6 @@
 #include "unarchiver/ZipExeUnarchiver.h"
 
+#include <climits>
 #include <new>
 
 #include "io/BufferBaseInputStream.h"
@@ -48,8 +49,9 @@ void ZipExeUnarchiver::start() {
     long pos = 0;
     if (!check_zipexe(*_in, pos)) throwAt<ArchivingException>("not zip exe format", {kSource, kLineNotZipExe});
     // The local headers are walked from the archive's start; their
-    // positions count from there.
-    _zip->_in->skip(pos);
+    // positions count from there. A marked position past what a long holds
+    // (i386) lies past the end of any input here, as it does on x86_64.
+    _zip->_in->skip(pos < 0 ? LONG_MAX : pos);
     _zip->start();
 }
 
