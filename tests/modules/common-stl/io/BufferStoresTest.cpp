@@ -38,7 +38,7 @@ std::string storeOf(BufferBase& buffer, const std::string& dir) {
 TEST(BufferStores, ScriptsMatchTheModelOnEveryStore) {
     const int types[] = {4, 0, 1, 2, 2, 5, 6, 7};
     for (Store store : kStores) {
-        SCOPED_TRACE(storeName(store));
+        SCOPED_TRACE(int(store));
         // The edges of the contract: no-ops, the position check, and ends
         // past LONG_MAX refused without a change.
         StoreUnderTest edges(store);
