@@ -83,7 +83,6 @@ TEST(TuskelTool, AgreesWithUnzipOnEveryMakersArchives) {
         EXPECT_EQ(tuskelListing(archive), unzipListing(archive));
         Outcome test = tuskel("test " + std::string(archive));
         EXPECT_EQ(test.status, 0) << test.err;
-        EXPECT_EQ(runCommand("cd " + shellQuote(archives()) + " && unzip -tq " + archive + " >/dev/null"), 0);
         EXPECT_TRUE(tuskel("cat " + std::string(archive)).out == inArchives("unzip -p " + std::string(archive)));
         EXPECT_TRUE(tuskel("cat " + std::string(archive) + " '*sub/*'").out ==
                     inArchives("unzip -p " + std::string(archive) + " '*sub/*'"));
