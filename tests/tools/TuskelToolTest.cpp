@@ -87,13 +87,6 @@ TEST(TuskelTool, AgreesWithUnzipOnEveryMakersArchives) {
         EXPECT_TRUE(tuskel("cat " + std::string(archive) + " '*sub/*'").out ==
                     inArchives("unzip -p " + std::string(archive) + " '*sub/*'"));
     }
-    Outcome gz = tuskel("list --json tree.txt.gz");
-    auto entry = nlohmann::json::parse(gz.out)["entries"][0];
-    EXPECT_EQ(entry["name"], "tree.txt");
-    EXPECT_EQ(entry["size"], 133890);
-    EXPECT_EQ(entry["kind"], "text");
-    EXPECT_TRUE(tuskel("cat tree.txt.gz").out == inArchives("gzip -dc tree.txt.gz"));
-    EXPECT_EQ(tuskel("test tree.txt.gz").status, 0);
 }
 
 // Names, contents, modes and times as unzip extracts them.
@@ -161,6 +154,11 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"type /dev/stdin --name '' <zip.zip", 0, "/dev/stdin: 700 zip (archive)\n", ""},
         {"type /dev/stdin --name '' --content-type image <zip.zip", 0, "/dev/stdin: 700 zip (archive)\n", ""},
         {"type missing zip.zip", 74, "", "tuskel: missing: No such file or directory\n"},
+        // A GZIP file: its one entry, named and sized by the header and trailer.
+        {"list tree.txt.gz", 0, "    133890 ", ""},
+        {"list tree.txt.gz", 0, " 100 text       tree.txt\n", ""},
+        {"cat tree.txt.gz", 0, inArchives("gzip -dc tree.txt.gz"), ""},
+        {"test tree.txt.gz", 0, "", ""},
         {"list tree.txt", 3, "", "tuskel: tree.txt: not a GZIP or ZIP archive"},
         {"frobnicate zip.zip", 64, "", ""},
         {"list", 64, "", ""},
