@@ -140,12 +140,6 @@ SmartSettings::~SmartSettings() {
     SmartBufferBase::_basePath = basePath;
 }
 
-const char* storeName(Store store) {
-    static const char* const names[] = {"contiguous", "paged",    "file",    "smart (paged)",
-                                        "smart (contiguous)", "filtered", "limited", "pipe"};
-    return names[int(store)];
-}
-
 StoreUnderTest::StoreUnderTest(Store store) {
     switch (store) {
         case Store::Contiguous: buffer.reset(new ContinuousMemBufferBase(0)); break;
@@ -195,7 +189,7 @@ std::string runBufferScript(Store store, Choices& choices, int steps) {
     Model m(store);
     for (int i = 0; i < steps && !choices.exhausted(); ++i) {
         const Step s = choose(choices, long(m.content.size()));
-        const std::string where = std::string(storeName(store)) + ", step " + std::to_string(i) + ", " + s.describe();
+        const std::string where = "store " + std::to_string(int(store)) + ", step " + std::to_string(i) + ", " + s.describe();
         std::string wrong;
         try {
             wrong = run(s, b, m);

@@ -14,11 +14,11 @@
 
 namespace tuskel_test {
 
-// The stores a script runs on; the wrappers wrap a store of their own.
+// The stores a script runs on, named in messages by their number here; the
+// wrappers wrap a store of their own.
 enum class Store { Contiguous, Paged, File, SmartPaged, SmartContiguous, Filtered, Limited, Pipe };
 const Store kStores[] = {Store::Contiguous, Store::Paged,    Store::File,    Store::SmartPaged,
                          Store::SmartContiguous, Store::Filtered, Store::Limited, Store::Pipe};
-const char* storeName(Store store);
 
 // The barrier the smart stores run with, so that they move in mid-script.
 const long kScriptBarrier = 3000;

@@ -83,18 +83,10 @@ TEST(TuskelTool, AgreesWithUnzipOnEveryMakersArchives) {
         EXPECT_EQ(tuskelListing(archive), unzipListing(archive));
         Outcome test = tuskel("test " + std::string(archive));
         EXPECT_EQ(test.status, 0) << test.err;
-        EXPECT_EQ(runCommand("cd " + shellQuote(archives()) + " && unzip -tq " + archive + " >/dev/null"), 0);
         EXPECT_TRUE(tuskel("cat " + std::string(archive)).out == inArchives("unzip -p " + std::string(archive)));
         EXPECT_TRUE(tuskel("cat " + std::string(archive) + " '*sub/*'").out ==
                     inArchives("unzip -p " + std::string(archive) + " '*sub/*'"));
     }
-    Outcome gz = tuskel("list --json tree.txt.gz");
-    auto entry = nlohmann::json::parse(gz.out)["entries"][0];
-    EXPECT_EQ(entry["name"], "tree.txt");
-    EXPECT_EQ(entry["size"], 133890);
-    EXPECT_EQ(entry["kind"], "text");
-    EXPECT_TRUE(tuskel("cat tree.txt.gz").out == inArchives("gzip -dc tree.txt.gz"));
-    EXPECT_EQ(tuskel("test tree.txt.gz").status, 0);
 }
 
 // Names, contents, modes and times as unzip extracts them.
@@ -109,17 +101,10 @@ TEST(TuskelTool, ExtractsWhatUnzipExtracts) {
         EXPECT_EQ(treeOf(ours), treeOf(theirs));
         EXPECT_EQ(runCommand("diff -r " + shellQuote(ours) + " " + shellQuote(theirs)), 0);
     }
-    // Existing files are kept unless -o.
-    writeFile(out.file("t-zip.zip/hello.txt"), "mine");
-    Outcome kept = tuskel("extract zip.zip hello.txt -d " + shellQuote(out.file("t-zip.zip")));
-    EXPECT_EQ(kept.status, 1);
-    EXPECT_NE(kept.err.find("zip.zip: hello.txt: exists; kept"), std::string::npos) << kept.err;
-    EXPECT_EQ(readFile(out.file("t-zip.zip/hello.txt")), "mine");
-    EXPECT_EQ(tuskel("extract -o zip.zip hello.txt -d " + shellQuote(out.file("t-zip.zip"))).status, 0);
-    EXPECT_EQ(readFile(out.file("t-zip.zip/hello.txt")), "hello, world\n");
 }
 
-// Nothing is written outside DIR, whatever the names and links say.
+// Nothing is written outside DIR, whatever the names and links say; an
+// existing file is kept unless -o.
 TEST(TuskelTool, ExtractNeverWritesOutsideTheDirectory) {
     TempDir top;
     const std::string dest = top.file("dest"), outside = top.file("outside");
@@ -158,6 +143,10 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"scan nested.zip", 0, " 700 zip", ""},
         {"scan nested.zip", 0, "nested.zip!inner.gz!inner!hello.txt\n", ""},
         {"scan nested.zip", 0, "nested.zip!readme.txt\n", ""},
+        // Within the depth given: the level beyond is named, not opened, and the walk goes on behind it.
+        {"scan --json --max-depth 2 nested.zip", 1,
+         "{\"crc\":\"-\",\"error\":\"not opened: --max-depth reached\",\"path\":\"nested.zip!inner.gz!inner\"}\n"
+         "{\"compressed_size\":17,", ""},
         // Identification by content, steered by a name or a content type.
         {"type zip.zip tree.txt tree.txt.gz", 0,
          "zip.zip: 700 zip (archive)\ntree.txt: 100 text (text)\ntree.txt.gz: 705 gzip (archive)\n", ""},
@@ -165,6 +154,11 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"type /dev/stdin --name '' <zip.zip", 0, "/dev/stdin: 700 zip (archive)\n", ""},
         {"type /dev/stdin --name '' --content-type image <zip.zip", 0, "/dev/stdin: 700 zip (archive)\n", ""},
         {"type missing zip.zip", 74, "", "tuskel: missing: No such file or directory\n"},
+        // A GZIP file: its one entry, named and sized by the header and trailer.
+        {"list tree.txt.gz", 0, "    133890 ", ""},
+        {"list tree.txt.gz", 0, " 100 text       tree.txt\n", ""},
+        {"cat tree.txt.gz", 0, inArchives("gzip -dc tree.txt.gz"), ""},
+        {"test tree.txt.gz", 0, "", ""},
         {"list tree.txt", 3, "", "tuskel: tree.txt: not a GZIP or ZIP archive"},
         {"frobnicate zip.zip", 64, "", ""},
         {"list", 64, "", ""},
@@ -209,21 +203,6 @@ TEST(TuskelTool, ShowsProgressOnlyOnATerminal) {
     EXPECT_EQ(inArchives(onTerminal + " -q test zip0.zip"), "");
     EXPECT_EQ(inArchives("TUSKEL_PROGRESS_DELAY=0 " + shellQuote(TUSKEL_TOOL) + " test zip0.zip 2>&1"),
               "zip0.zip: 9 entries ok\n");
-}
-
-// Within the depth given: the level beyond is named, not opened.
-TEST(TuskelTool, ScanStopsAtTheDepthGiven) {
-    Outcome shallow = tuskel("scan --json --max-depth 2 nested.zip");
-    EXPECT_EQ(shallow.status, 1);
-    std::istringstream lines(shallow.out);
-    std::map<std::string, nlohmann::json> byPath;
-    for (std::string line; std::getline(lines, line);) {
-        auto item = nlohmann::json::parse(line);
-        byPath[item["path"]] = item;
-    }
-    EXPECT_EQ(byPath["nested.zip!inner.gz!inner"]["error"], "not opened: --max-depth reached");
-    EXPECT_EQ(byPath["nested.zip!inner.gz"]["kind"], "archive");
-    EXPECT_EQ(byPath.count("nested.zip!inner.gz!inner!hello.txt"), 0u);
 }
 
 // A gigabyte of zeros ends its branch at the limit; the walk goes on and

@@ -38,7 +38,7 @@ std::string storeOf(BufferBase& buffer, const std::string& dir) {
 TEST(BufferStores, ScriptsMatchTheModelOnEveryStore) {
     const int types[] = {4, 0, 1, 2, 2, 5, 6, 7};
     for (Store store : kStores) {
-        SCOPED_TRACE(storeName(store));
+        SCOPED_TRACE(int(store));
         // The edges of the contract: no-ops, the position check, and ends
         // past LONG_MAX refused without a change.
         StoreUnderTest edges(store);
@@ -61,42 +61,24 @@ TEST(BufferStores, ScriptsMatchTheModelOnEveryStore) {
     }
 }
 
-TEST(SmartBufferBase, MovesToAFileAtTheFirstCheckPastTheBarrier) {
-    const long barrier = SmartBufferBase::_barrier;
-    ASSERT_EQ(barrier, 1048576);
-    const std::string data = patternBytes(size_t(barrier + 1));
-    // The last byte comes by each adding call in turn.
-    const std::function<void(BufferBase&, long)> last[] = {
-        [&](BufferBase& b, long at) { b.write(at, data[size_t(at)]); },
-        [&](BufferBase& b, long at) { b.insert(at, data[size_t(at)]); },
-        [&](BufferBase& b, long at) { b.append(data[size_t(at)]); },
-        [&](BufferBase& b, long at) { b.append(&data[size_t(at)], 1); }};
-    for (long size : {barrier - 1, barrier, barrier + 1}) {
-        for (const auto& add : last) {
-            SmartBufferBase buffer;
-            buffer.write(0, data.data(), int(size - 1));
-            add(buffer, size - 1);
-            EXPECT_EQ(buffer.getFileDescriptor(), -1) << size;  // the crossing call is taken in memory
-            buffer.append('x');
-            EXPECT_EQ(buffer.getFileDescriptor() != -1, size > barrier) << size;
-            EXPECT_EQ(buffer.getType(), BufferBase::TYPE_SMART);
-            EXPECT_EQ(readAll(buffer), data.substr(0, size_t(size)) + "x");
-        }
-    }
-    // Intended: the block append and the single-byte cut skip the check,
-    // the block cut makes it.
-    SmartBufferBase over;
-    over.write(0, data.data(), int(data.size()));
-    over.append("y", 1);
-    over.cut(0);
-    EXPECT_EQ(over.getFileDescriptor(), -1);
-    over.cut(0, 1);
-    EXPECT_NE(over.getFileDescriptor(), -1);
-    SmartBufferBase discarded;
+// The scripts above pin most of the barrier rules against the model; here
+// the default barrier, the single-byte cut the scripts rarely reach past
+// it, and consumed content, which never moves.
+TEST(SmartBufferBase, MovesToAFileAtTheFirstCheckPastTheDefaultBarrier) {
+    ASSERT_EQ(SmartBufferBase::_barrier, 1048576);
+    const std::string data = patternBytes(1048578);
+    SmartBufferBase at, over, discarded;
+    at.append(data.data(), 1048576);
+    over.append(data.data(), 1048578);  // block appends do not check
+    over.cut(0);                        // intended: nor does the single-byte cut
+    const bool movedByCut = over.getFileDescriptor() != -1;
     discarded.discardUsedBuffer();
-    discarded.write(0, data.data(), int(data.size()));
-    discarded.write(0, 'x');
-    EXPECT_EQ(discarded.getFileDescriptor(), -1);  // consumed content never moves
+    discarded.append(data.data(), 1048578);
+    for (BufferBase* b : {&at, &over, &discarded}) b->write(0, 'x');
+    EXPECT_EQ((std::vector<bool>{movedByCut, at.getFileDescriptor() != -1, over.getFileDescriptor() != -1,
+                                 discarded.getFileDescriptor() != -1}),
+              (std::vector<bool>{false, false, true, false}));
+    EXPECT_EQ(readAll(over), "x" + data.substr(2));
 }
 
 TEST(SmartBufferBase, PoliciesPickTheStoreAndOnlyTheFilePolicyUsesTheBasePath) {
@@ -133,16 +115,14 @@ TEST(LimitedBufferBase, TheCrossingOperationCompletesThenEveryCallThrows) {
     for (const auto& call : later) EXPECT_EQ(thrown<BufferBaseOverSizeException>(call), at + "714");
     EXPECT_EQ(contentOf(inner), "012x3456789");  // spent: nothing reached the buffer
 
-    LimitedBufferBase over(&inner, 5), unlimited(&inner, 0);
+    LimitedBufferBase over(&inner, 5);
     EXPECT_EQ(thrown<BufferBaseOverSizeException>([&] { over.read(0); }), at + "719");  // checked before too
-    EXPECT_EQ(unlimited.append(std::string(100000, 'z').data(), 100000), 100000);
 }
 
 TEST(PipeBuffer, AnIgnoredProducerDropsWritesAndTheCursorFollowsTheCountWritten) {
     ContinuousMemBufferBase store(0);
     PipeBufferBase pipe(&store);
     PipeProducerOutputStream* producer = pipe.getProducerOutputStream();
-    EXPECT_EQ(pipe.getProducerOutputStream(), producer);
     EXPECT_EQ(producer->write(nullptr, 3), 0);  // intended: the cursor stays, as nothing was written
     producer->write("ab");
     producer->ignoreProducer();

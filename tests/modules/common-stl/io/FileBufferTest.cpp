@@ -138,23 +138,19 @@ TEST(FileBufferBase, CloseAndOpenServeNamedFilesAndReopeningEmptiesTheFile) {
 // a move up starts at the end, which is gone; a byte read finds nothing.
 TEST(FileBufferBase, AFileCutFromOutsideFailsAMoveAndKeepsWhatCameBefore) {
     const std::string data = patternBytes(5000);
-    const std::pair<std::function<void(BufferBase&)>, std::string> cases[] = {
-        {[](BufferBase& b) { b.cut(100, 50); }, error(EIO) + kSource + "890"},
-        {[](BufferBase& b) { b.insert(100, "ab", 2); }, error(EIO) + kSource + "874"},
-        {[](BufferBase& b) { b.read(3000); }, error(EIO) + kSource + "791"}};
-    for (const auto& [op, want] : cases) {
+    // Each call, its failure, and the head it leaves: the bytes moved stay moved.
+    const std::tuple<std::function<void(BufferBase&)>, std::string, std::string> cases[] = {
+        {[](BufferBase& b) { b.cut(100, 50); }, error(EIO) + kSource + "890", data.substr(0, 100) + data.substr(150, 2048)},
+        {[](BufferBase& b) { b.insert(100, "ab", 2); }, error(EIO) + kSource + "874", data.substr(0, 100)},
+        {[](BufferBase& b) { b.read(3000); }, error(EIO) + kSource + "791", data.substr(0, 100)}};
+    for (const auto& [op, want, kept] : cases) {
         FileBufferBase buffer;
         buffer.append(data.data(), 5000);
         ASSERT_EQ(ftruncate(buffer.getFileDescriptor(), 3000), 0);
         EXPECT_EQ(thrown<IOException>(std::bind(op, std::ref(buffer))), want);
         EXPECT_EQ(buffer.getSize(), 5000);
-        EXPECT_EQ(head(buffer, 100), data.substr(0, 100));
+        EXPECT_EQ(head(buffer, long(kept.size())), kept);
     }
-    FileBufferBase buffer;
-    buffer.append(data.data(), 5000);
-    ASSERT_EQ(ftruncate(buffer.getFileDescriptor(), 3000), 0);
-    EXPECT_THROW(buffer.cut(100, 50), IOException);
-    EXPECT_EQ(head(buffer, 2148), data.substr(0, 100) + data.substr(150, 2048));  // moved bytes stay moved
 }
 
 // Files of the child may not pass 4096 bytes. Each failing call reports
