@@ -227,12 +227,16 @@ void Archive::_walkZip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
     if (!zip.damage().empty()) _problems.push_back("central directory: " + zip.damage());
     DirectReader direct(_input, zip.bias(), dp);
     ZipWalkProcessor processor(sink, zip, direct, dp);
+    // Over a stream, not the buffer: a failed entry then never makes the
+    // library walk the rest again without `dp`, which would leave nothing
+    // to stop a bomb behind it; readRest() reaches what the walk did not.
+    QRN_SPACE::BufferBaseInputStream in(&_input);
     try {
         std::unique_ptr<QRN_SPACE::Unarchiver> walk;
         if (_format == Format::ZipExe) {
-            walk.reset(new QRN_SPACE::ZipExeUnarchiver(&_input, processor, dp));
+            walk.reset(new QRN_SPACE::ZipExeUnarchiver(&in, processor, dp));
         } else {
-            walk.reset(new QRN_SPACE::ZipUnarchiver(&_input, processor, dp, _zipStart));
+            walk.reset(new QRN_SPACE::ZipUnarchiver(&in, processor, dp, _zipStart));
         }
         walk->start();
     } catch (QRN_SPACE::Exception& e) {

@@ -158,6 +158,8 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"scan nested.zip", 0, " 700 zip", ""},
         {"scan nested.zip", 0, "nested.zip!inner.gz!inner!hello.txt\n", ""},
         {"scan nested.zip", 0, "nested.zip!readme.txt\n", ""},
+        // A bomb is cut at the limit even behind an entry that failed.
+        {"scan --json --max-bytes 1M encbomb.zip", 1, "\"crc\":\"unchecked\",\"directory\":false,\"error\":\"stopped", ""},
         // Identification by content, steered by a name or a content type.
         {"type zip.zip tree.txt tree.txt.gz", 0,
          "zip.zip: 700 zip (archive)\ntree.txt: 100 text (text)\ntree.txt.gz: 705 gzip (archive)\n", ""},

@@ -16,15 +16,19 @@ Crafted by hand, with zipfile:
   broken.zip    three entries, the second's local header signature broken
   names.zip     a CP437 name from an MS-DOS archive, and a control character
   encrypted.zip a plain entry and an encrypted one (zip -P)
+  encbomb.zip   an entry flagged encrypted, then 4 MiB of zeros deflated
+                and followed by an invalid block, reached only if not cut
 """
 import gzip
 import os
 import random
 import shutil
 import stat
+import struct
 import subprocess
 import warnings
 import zipfile
+import zlib
 
 STAMP = 1622550896  # 2021-06-01 12:34:56 UTC, even seconds
 
@@ -124,6 +128,28 @@ def make_broken():
     patch_name("names.zip", b"cafX.txt", b"caf\x82.txt")
     patch_name("names.zip", b"bellY.txt", b"bell\x07.txt")
     run("cd tree && zip -qX ../encrypted.zip hello.txt && zip -qX -P secret ../encrypted.zip run.sh")
+    co = zlib.compressobj(9, zlib.DEFLATED, -15)
+    bomb = co.compress(bytes(4 << 20)) + co.flush(zlib.Z_SYNC_FLUSH) + b"\xff\xff"
+    raw_zip("encbomb.zip", [(b"a.txt", 0, 1, b"hello", 5), (b"bomb.bin", 8, 0, bomb, 4 << 20)])
+
+
+def raw_zip(archive, entries, listed=None):
+    """Writes (name, method, flags, data, size) entries, CRC-32 0, each
+    listed at its offset; with `listed`, records of those names all list
+    the first entry instead."""
+    body, headers = b"", []
+    for name, method, flags, data, size in entries:
+        headers.append((name, method, flags, data, size, len(body)))
+        body += struct.pack("<IHHHHHIIIHH", 0x04034B50, 20, flags, method, 0, 0x21, 0, len(data), size,
+                            len(name), 0) + name + data
+    if listed is not None:
+        headers = [(name,) + headers[0][1:] for name in listed]
+    directory = b""
+    for name, method, flags, data, size, offset in headers:
+        directory += struct.pack("<IHHHHHHIIIHHHHHII", 0x02014B50, 20, 20, flags, method, 0, 0x21, 0, len(data),
+                                 size, len(name), 0, 0, 0, 0, 0, offset) + name
+    end = struct.pack("<IHHHHIIH", 0x06054B50, 0, 0, len(headers), len(headers), len(directory), len(body), 0)
+    open(archive, "wb").write(body + directory + end)
 
 
 warnings.simplefilter("ignore")  # the duplicate name is the point
