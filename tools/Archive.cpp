@@ -226,11 +226,11 @@ void Archive::_walkZip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
     const ZipDirectory& zip = directory();
     if (!zip.damage().empty()) _problems.push_back("central directory: " + zip.damage());
     DirectReader direct(_input, zip.bias(), dp);
-    ZipWalkProcessor processor(sink, zip, direct, dp);
     // Over a stream, not the buffer: a failed entry then never makes the
     // library walk the rest again without `dp`, which would leave nothing
     // to stop a bomb behind it; readRest() reaches what the walk did not.
-    QRN_SPACE::BufferBaseInputStream in(&_input);
+    PositionStream in(&_input);
+    ZipWalkProcessor processor(sink, zip, direct, dp, in);
     try {
         std::unique_ptr<QRN_SPACE::Unarchiver> walk;
         if (_format == Format::ZipExe) {
@@ -239,6 +239,8 @@ void Archive::_walkZip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
             walk.reset(new QRN_SPACE::ZipUnarchiver(&in, processor, dp, _zipStart));
         }
         walk->start();
+    } catch (const WalkEnded&) {
+        // Nothing wrong: readRest() reads on from the directory.
     } catch (QRN_SPACE::Exception& e) {
         // The walk cannot go on past this (a corrupt deflate stream, a
         // header cut short); the directory still leads to the entries behind.

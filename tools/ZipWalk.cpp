@@ -1,5 +1,6 @@
 #include "ZipWalk.h"
 
+#include <climits>
 #include <cstdio>
 
 #include "ZipEntries.h"
@@ -115,29 +116,59 @@ void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool 
     sink.close(entry, judge(entry, _out, _cut() || headOnly));
 }
 
-ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
-                                   QRN_SPACE::DecompressProcessor* dp)
-    : _sink(sink), _directory(directory), _direct(direct), _dp(dp), _reached(directory.records().size()) {}
+int PositionStream::read() {
+    const int c = BufferBaseInputStream::read();
+    if (c >= 0) ++_position;
+    return c;
+}
 
-// The first directory record of this name that no entry has claimed yet:
-// entries of the same name pair with records in order. In a sound archive
-// that is the record after the last one matched, found without a lookup.
-const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(const std::string& name) {
-    const auto& records = _directory.records();
-    if (_unmatched.empty() && _next < records.size() && records[_next].name == name) {
-        _reached[_next] = true;
-        return &records[_next++];
+int PositionStream::read(char* buf, int len) {
+    const int got = BufferBaseInputStream::read(buf, len);
+    if (got > 0) _position += got;
+    return got;
+}
+
+long PositionStream::skip(long n) {
+    const long skipped = BufferBaseInputStream::skip(n);
+    _position = skipped > LONG_MAX - _position ? LONG_MAX : _position + skipped;
+    return skipped;
+}
+
+void PositionStream::mark(int readLimit) {
+    BufferBaseInputStream::mark(readLimit);
+    _mark = _position;
+}
+
+void PositionStream::reset() {
+    BufferBaseInputStream::reset();
+    _position = _mark;
+}
+
+ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
+                                   QRN_SPACE::DecompressProcessor* dp, const PositionStream& in)
+    : _sink(sink),
+      _directory(directory),
+      _direct(direct),
+      _dp(dp),
+      _in(in),
+      _trusted(directory.found() && directory.damage().empty()),
+      _reached(directory.records().size()) {
+    const auto& records = directory.records();
+    for (size_t i = 0; i < records.size(); ++i) _byOffset.emplace(records[i].localHeaderOffset, i);
+}
+
+// The directory record of the local header at `headerPos`, which the walk
+// has not met before. The directory counts from where the archive begins,
+// unless its offsets already count from the file's start (see DirectReader).
+const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(long headerPos) {
+    for (long long at : {static_cast<long long>(headerPos) - _direct.bias(), static_cast<long long>(headerPos)}) {
+        auto found = _byOffset.find(at);
+        if (found != _byOffset.end() && !_reached[found->second]) {
+            _reached[found->second] = true;
+            return &_directory.records()[found->second];
+        }
     }
-    if (_unmatched.empty()) {
-        for (size_t i = _next; i < records.size(); ++i) _unmatched[records[i].name].push_back(i);
-        _next = records.size();
-    }
-    auto found = _unmatched.find(name);
-    if (found == _unmatched.end() || found->second.empty()) return nullptr;
-    const size_t i = found->second.front();
-    found->second.pop_front();
-    _reached[i] = true;
-    return &_directory.records()[i];
+    return nullptr;
 }
 
 QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) {
@@ -145,22 +176,23 @@ QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryI
     action = ArchiveConstants::ACTION_SKIP;
     const QRN_SPACE::ZipInfo& local = static_cast<QRN_SPACE::ZipEntryInfo*>(info)->zipInfo();
     if (local.centralDirRead) return nullptr;  // the walk's final entry: the directory, no data
-    _record = _match(local.name);
+    _record = _match(_in.position() - ZipConstants::LOCHDR - static_cast<long>(local.name.size()) - local.extraLength);
+    if (_record == nullptr && _trusted) return nullptr;
     _entry = entryFromLocal(local, _entries++, _record);
+    // A stored entry whose size follows its data: the walk cannot tell where
+    // the data ends, so it ends here. The directory record knows the size.
+    if (_entry.method == ZipConstants::STORED && hasDescriptor(local.flags)) {
+        if (_record != nullptr) {
+            _direct.read(*_record, _entry.index, false, _sink);
+        } else if (_sink.wants(_entry)) {
+            _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
+        }
+        throw WalkEnded();
+    }
     if (!_sink.wants(_entry)) return nullptr;
     const std::string why = unreadable(_entry, local.flags);
     if (!why.empty()) {
         _sink.close(_entry, skipped(why));
-        return nullptr;
-    }
-    // A stored entry whose size follows its data cannot be copied from the
-    // local header; its directory record knows the size.
-    if (_entry.method == ZipConstants::STORED && hasDescriptor(local.flags)) {
-        if (_record != nullptr) {
-            _direct.read(*_record, _entry.index, false, _sink);
-        } else {
-            _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
-        }
         return nullptr;
     }
     QRN_SPACE::OutputStream* out = _sink.open(_entry);

@@ -151,6 +151,7 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"list names.zip", 0, " bell\\x07.txt\n", ""},
         {"test badcrc.zip", 1, "", "tuskel: badcrc.zip: bad.txt: bad: CRC-32 "},
         {"test encrypted.zip", 1, "", "tuskel: encrypted.zip: run.sh: skipped: encrypted"},
+        {"test desc.zip", 0, "desc.zip: 2 entries ok", ""},  // not the entry inside the stored ZIP
         // The entries behind a broken local header are still reached, through the directory.
         {"cat broken.zip", 1, inArchives("unzip -p broken.zip first.txt third.txt"),
          "tuskel: broken.zip: second.txt: bad: no local header"},

@@ -16,10 +16,13 @@ Crafted by hand, with zipfile:
   broken.zip    three entries, the second's local header signature broken
   names.zip     a CP437 name from an MS-DOS archive, and a control character
   encrypted.zip a plain entry and an encrypted one (zip -P)
+  desc.zip      stored, written to a pipe (data descriptors), its first
+                entry a ZIP of its own
   encbomb.zip   an entry flagged encrypted, then 4 MiB of zeros deflated
                 and followed by an invalid block, reached only if not cut
 """
 import gzip
+import io
 import os
 import random
 import shutil
@@ -108,6 +111,13 @@ def patch_name(archive, placeholder, raw):
     open(archive, "wb").write(data)
 
 
+class Pipe:
+    """A file that cannot seek or tell, as a pipe."""
+
+    def __init__(self, f):
+        self.write, self.flush = f.write, f.flush
+
+
 def make_broken():
     with zipfile.ZipFile("badcrc.zip", "w", zipfile.ZIP_STORED) as z:
         z.writestr("good.txt", b"good data\n")
@@ -128,6 +138,12 @@ def make_broken():
     patch_name("names.zip", b"cafX.txt", b"caf\x82.txt")
     patch_name("names.zip", b"bellY.txt", b"bell\x07.txt")
     run("cd tree && zip -qX ../encrypted.zip hello.txt && zip -qX -P secret ../encrypted.zip run.sh")
+    inner = io.BytesIO()
+    with zipfile.ZipFile(inner, "w") as z:
+        z.writestr("phantom.txt", b"inside the inner ZIP only\n")
+    with open("desc.zip", "wb") as f, zipfile.ZipFile(Pipe(f), "w") as z:
+        z.writestr("inner.zip", inner.getvalue())
+        z.writestr("real.txt", b"real\n")
     co = zlib.compressobj(9, zlib.DEFLATED, -15)
     bomb = co.compress(bytes(4 << 20)) + co.flush(zlib.Z_SYNC_FLUSH) + b"\xff\xff"
     raw_zip("encbomb.zip", [(b"a.txt", 0, 1, b"hello", 5), (b"bomb.bin", 8, 0, bomb, 4 << 20)])
