@@ -225,7 +225,7 @@ void Archive::_walkGzip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
 void Archive::_walkZip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
     const ZipDirectory& zip = directory();
     if (!zip.damage().empty()) _problems.push_back("central directory: " + zip.damage());
-    DirectReader direct(_input, zip.bias(), dp);
+    DirectReader direct(_input, zip, dp);
     // Over a stream, not the buffer: a failed entry then never makes the
     // library walk the rest again without `dp`, which would leave nothing
     // to stop a bomb behind it; readRest() reaches what the walk did not.
@@ -254,9 +254,8 @@ bool Archive::walkDirectory(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp)
     if (_format != Format::Zip && _format != Format::ZipExe) return false;
     const ZipDirectory& zip = directory();
     if (!zip.found() || !zip.damage().empty()) return false;
-    DirectReader direct(_input, zip.bias(), dp);
-    int index = 0;
-    for (const QRN_SPACE::ZipCentralDir& record : zip.records()) direct.read(record, index++, false, sink);
+    DirectReader direct(_input, zip, dp);
+    for (size_t i = 0; i < zip.records().size(); ++i) direct.read(i, static_cast<int>(i), false, sink);
     return true;
 }
 

@@ -1,5 +1,8 @@
 #include "ZipDirectory.h"
 
+#include <algorithm>
+#include <climits>
+
 #include "io/BufferBaseInputStream.h"
 #include "unarchiver/ZipConstants.h"
 
@@ -17,6 +20,30 @@ ZipDirectory::ZipDirectory(QRN_SPACE::BufferBase& input) {
     } catch (QRN_SPACE::Exception& e) {
         // A record cut short inside its name or comment, an empty name.
         _damage = e.getMessage();
+    }
+    _findOverlaps();
+}
+
+// In the order of their offsets, each record must end before the next
+// begins: otherwise many records could have one bomb inflated many times.
+// Only the name counts of the header's variable part, as the local extra
+// field may be shorter than the directory's.
+void ZipDirectory::_findOverlaps() {
+    std::vector<size_t> order(_records.size());
+    for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::stable_sort(order.begin(), order.end(), [this](size_t a, size_t b) {
+        return _records[a].localHeaderOffset < _records[b].localHeaderOffset;
+    });
+    _overlapping.assign(_records.size(), false);
+    _limits.assign(_records.size(), _found ? static_cast<long long>(_end.directoryOffset) : LLONG_MAX);
+    for (size_t k = 0; k + 1 < order.size(); ++k) {
+        const QRN_SPACE::ZipCentralDir& record = _records[order[k]];
+        const long long next = _records[order[k + 1]].localHeaderOffset;
+        const long long end = static_cast<long long>(record.localHeaderOffset) + ZipConstants::LOCHDR +
+                              static_cast<long long>(record.name.size()) + record.compressedSize;
+        if (end > next) _overlapping[order[k]] = true;
+        if (next == record.localHeaderOffset) _overlapping[order[k + 1]] = true;
+        _limits[order[k]] = next;
     }
 }
 

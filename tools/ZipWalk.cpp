@@ -72,31 +72,35 @@ bool DirectReader::_cut() const { return _dp != nullptr && _dp->getAction() == k
 
 // The directory's offset counts from where the archive begins; an archive
 // whose offsets were adjusted for a stub in front (or never needed it) is
-// read at the offset itself.
-bool DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
-    for (long bias : {_bias, 0L}) {
+// read at the offset itself. Answers the bias that found the header, or -1.
+long DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
+    for (long bias : {_directory.bias(), 0L}) {
         in.reset();
         in.skip(static_cast<long>(record.localHeaderOffset) + bias);
         in.mark(ZipConstants::LOCHDR);
         QRN_SPACE::ZipInfo local;
-        if (local.read(in, false)) return true;
+        if (local.read(in, false)) return bias;
         if (bias == 0) break;
     }
-    return false;
+    return -1;
 }
 
-void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool recovered, EntrySink& sink) {
+void DirectReader::read(size_t at, int index, bool recovered, EntrySink& sink) {
+    const QRN_SPACE::ZipCentralDir& record = _directory.records()[at];
     Entry entry = entryFromCentral(record, index);
     entry.recovered = recovered;
     if (!sink.wants(entry)) return;
+    if (_directory.overlaps(at)) return sink.close(entry, bad("overlaps another entry"));
     const std::string why = unreadable(entry, record.flags);
     if (!why.empty()) return sink.close(entry, skipped(why));
-    QRN_SPACE::BufferBaseInputStream in(&_input);
+    PositionStream in(&_input);
     in.mark(0);
     try {
-        if (!_atLocalHeader(record, in)) {
+        const long bias = _atLocalHeader(record, in);
+        if (bias < 0) {
             return sink.close(entry, bad("no local header at offset " + std::to_string(record.localHeaderOffset)));
         }
+        in.limit(_directory.dataLimit(at) + bias);
         if (_dp != nullptr) _dp->init();  // before open(), which may tell it the entry's name
         QRN_SPACE::OutputStream* out = sink.open(entry);
         if (out == nullptr) return;
@@ -117,12 +121,15 @@ void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool 
 }
 
 int PositionStream::read() {
+    if (_position >= _limit) return -1;
     const int c = BufferBaseInputStream::read();
     if (c >= 0) ++_position;
     return c;
 }
 
 int PositionStream::read(char* buf, int len) {
+    if (_position >= _limit) return len > 0 ? -1 : 0;
+    if (len > _limit - _position) len = static_cast<int>(_limit - _position);
     const int got = BufferBaseInputStream::read(buf, len);
     if (got > 0) _position += got;
     return got;
@@ -161,11 +168,12 @@ ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& director
 // has not met before. The directory counts from where the archive begins,
 // unless its offsets already count from the file's start (see DirectReader).
 const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(long headerPos) {
-    for (long long at : {static_cast<long long>(headerPos) - _direct.bias(), static_cast<long long>(headerPos)}) {
+    for (long long at : {static_cast<long long>(headerPos) - _directory.bias(), static_cast<long long>(headerPos)}) {
         auto found = _byOffset.find(at);
         if (found != _byOffset.end() && !_reached[found->second]) {
-            _reached[found->second] = true;
-            return &_directory.records()[found->second];
+            _recordIndex = found->second;
+            _reached[_recordIndex] = true;
+            return &_directory.records()[_recordIndex];
         }
     }
     return nullptr;
@@ -180,11 +188,15 @@ QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryI
     if (_record == nullptr && _trusted) return nullptr;
     _entry = entryFromLocal(local, _entries++, _record);
     // A stored entry whose size follows its data: the walk cannot tell where
-    // the data ends, so it ends here. The directory record knows the size.
-    if (_entry.method == ZipConstants::STORED && hasDescriptor(local.flags)) {
-        if (_record != nullptr) {
-            _direct.read(*_record, _entry.index, false, _sink);
-        } else if (_sink.wants(_entry)) {
+    // the data ends, so it ends here; nor can it trust where an entry that
+    // overlaps another ends. The directory reader takes over.
+    const bool storedWithDescriptor = _entry.method == ZipConstants::STORED && hasDescriptor(local.flags);
+    if (_record != nullptr && (storedWithDescriptor || _directory.overlaps(_recordIndex))) {
+        _direct.read(_recordIndex, _entry.index, false, _sink);
+        throw WalkEnded();
+    }
+    if (storedWithDescriptor) {
+        if (_sink.wants(_entry)) {
             _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
         }
         throw WalkEnded();
@@ -233,7 +245,7 @@ void ZipWalkProcessor::fail(const std::string& problem) {
 void ZipWalkProcessor::readRest() {
     const auto& records = _directory.records();
     for (size_t i = 0; i < records.size(); ++i) {
-        if (!_reached[i]) _direct.read(records[i], _entries++, true, _sink);
+        if (!_reached[i]) _direct.read(i, _entries++, true, _sink);
     }
 }
 

@@ -1,6 +1,7 @@
 #ifndef TUSKEL_TOOLS_ZIPWALK_H
 #define TUSKEL_TOOLS_ZIPWALK_H
 
+#include <climits>
 #include <map>
 #include <memory>
 #include <string>
@@ -23,24 +24,27 @@ EntryResult judge(const Entry& expected, CheckedStream& out, bool cut);
 // directory knows.
 class DirectReader {
 public:
-    DirectReader(QRN_SPACE::BufferBase& input, long bias, QRN_SPACE::DecompressProcessor* dp)
-        : _input(input), _bias(bias), _dp(dp) {}
+    // `input` and `directory` are not owned.
+    DirectReader(QRN_SPACE::BufferBase& input, const ZipDirectory& directory, QRN_SPACE::DecompressProcessor* dp)
+        : _input(input), _directory(directory), _dp(dp) {}
 
-    // `recovered`: the walk of local headers did not reach the entry.
-    void read(const QRN_SPACE::ZipCentralDir& record, int index, bool recovered, EntrySink& sink);
-    long bias() const { return _bias; }
+    // The entry of directory record `record`, never read past where the
+    // next entry begins; `recovered`: the walk of local headers did not
+    // reach it.
+    void read(size_t record, int index, bool recovered, EntrySink& sink);
 
 private:
-    bool _atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in);
+    long _atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in);
     bool _cut() const;
 
     QRN_SPACE::BufferBase& _input;
-    long _bias;
+    const ZipDirectory& _directory;
     QRN_SPACE::DecompressProcessor* _dp;  // may be null
     CheckedStream _out;
 };
 
-// A stream over a buffer that knows where it stands, past 2 GiB too.
+// A stream over a buffer that knows where it stands, past 2 GiB too, and
+// reads nothing beyond a limit, once set.
 class PositionStream : public QRN_SPACE::BufferBaseInputStream {
 public:
     using QRN_SPACE::BufferBaseInputStream::BufferBaseInputStream;
@@ -50,10 +54,12 @@ public:
     void mark(int readLimit) override;
     void reset() override;
     long position() const { return _position; }
+    void limit(long long end) { _limit = end; }
 
 private:
     long _position = 0;
     long _mark = 0;
+    long long _limit = LLONG_MAX;
 };
 
 // Thrown by the processor to end the walk of local headers: the walk can no
@@ -89,11 +95,12 @@ private:
     DirectReader& _direct;
     QRN_SPACE::DecompressProcessor* _dp;
     const PositionStream& _in;
-    const bool _trusted;                                 // the directory is sound
-    std::map<long long, size_t> _byOffset;               // records by local header offset, first of each
-    std::vector<bool> _reached;                          // per directory record
-    std::unique_ptr<QRN_SPACE::ArchiveEntryInfo> _info;  // the entry being read; ours
-    const QRN_SPACE::ZipCentralDir* _record = nullptr;     // its directory record, if any
+    const bool _trusted;                                // the directory is sound
+    std::map<long long, size_t> _byOffset;              // records by local header offset, first of each
+    std::vector<bool> _reached;                         // per directory record
+    std::unique_ptr<QRN_SPACE::ArchiveEntryInfo> _info; // the entry being read; ours
+    const QRN_SPACE::ZipCentralDir* _record = nullptr;  // its directory record, if any ...
+    size_t _recordIndex = 0;                            // ... and where the directory has it
     Entry _entry;
     bool _pending = false;  // _entry's stream is open
     int _entries = 0;       // entries met so far

@@ -152,6 +152,7 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"test badcrc.zip", 1, "", "tuskel: badcrc.zip: bad.txt: bad: CRC-32 "},
         {"test encrypted.zip", 1, "", "tuskel: encrypted.zip: run.sh: skipped: encrypted"},
         {"test desc.zip", 0, "desc.zip: 2 entries ok", ""},  // not the entry inside the stored ZIP
+        {"test overlap.zip", 1, "3 of 3 entries bad", "tuskel: overlap.zip: c: bad: overlaps another entry"},
         // The entries behind a broken local header are still reached, through the directory.
         {"cat broken.zip", 1, inArchives("unzip -p broken.zip first.txt third.txt"),
          "tuskel: broken.zip: second.txt: bad: no local header"},

@@ -16,6 +16,7 @@ Crafted by hand, with zipfile:
   broken.zip    three entries, the second's local header signature broken
   names.zip     a CP437 name from an MS-DOS archive, and a control character
   encrypted.zip a plain entry and an encrypted one (zip -P)
+  overlap.zip   three directory records of one entry
   desc.zip      stored, written to a pipe (data descriptors), its first
                 entry a ZIP of its own
   encbomb.zip   an entry flagged encrypted, then 4 MiB of zeros deflated
@@ -145,8 +146,9 @@ def make_broken():
         z.writestr("inner.zip", inner.getvalue())
         z.writestr("real.txt", b"real\n")
     co = zlib.compressobj(9, zlib.DEFLATED, -15)
-    bomb = co.compress(bytes(4 << 20)) + co.flush(zlib.Z_SYNC_FLUSH) + b"\xff\xff"
-    raw_zip("encbomb.zip", [(b"a.txt", 0, 1, b"hello", 5), (b"bomb.bin", 8, 0, bomb, 4 << 20)])
+    bomb = co.compress(bytes(4 << 20)) + co.flush(zlib.Z_SYNC_FLUSH)
+    raw_zip("encbomb.zip", [(b"a.txt", 0, 1, b"hello", 5), (b"bomb.bin", 8, 0, bomb + b"\xff\xff", 4 << 20)])
+    raw_zip("overlap.zip", [(b"zeros", 8, 0, bomb + b"\x03\x00", 4 << 20)], [b"a", b"b", b"c"])
 
 
 def raw_zip(archive, entries, listed=None):
