@@ -148,18 +148,27 @@ bool SafeTree::createDirectory(const std::string& name, unsigned int mode, time_
 }
 
 bool SafeTree::createSymlink(const std::string& name, const std::string& target, bool overwrite, std::string& why) {
-    // The link must resolve inside the tree from where it stands.
+    // The link must resolve inside the tree from where it stands. ".." only
+    // leads, so no link in the tree (never followed while writing, but
+    // followed later) can make a target that climbs after a name go further.
     long depth = static_cast<long>(pathComponents(name).size()) - 1;
+    if (target.find('\0') != std::string::npos) {
+        why = "refused: symbolic link target holds a NUL byte";
+        return false;
+    }
     if (target.empty() || target[0] == '/') {
         why = "refused: symbolic link to an absolute path";
         return false;
     }
+    bool named = false;
     for (const std::string& part : pathComponents(target)) {
-        depth += part == ".." ? -1 : 1;
-        if (depth < 0) {
+        const bool up = part == "..";
+        depth += up ? -1 : 1;
+        if (depth < 0 || (up && named)) {
             why = "refused: symbolic link leads out of the directory";
             return false;
         }
+        named = named || !up;
     }
     std::string leaf;
     int parent = _parent(name, leaf, why);
