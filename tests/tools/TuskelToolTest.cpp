@@ -135,7 +135,8 @@ TEST(TuskelTool, ExtractNeverWritesOutsideTheDirectory) {
                                 "out: refused: symbolic link leads out", "in/through.txt: refused: path goes through",
                                 "pre/through.txt: refused: path goes through", "dup.txt: exists; kept",
                                 "nul: refused: symbolic link target holds a NUL", "a/b/x: refused: symbolic link leads out",
-                                "long: refused: link target too long"}) {
+                                "long: refused: link target too long",
+                                "esc\\x1b/f.txt: refused: path goes through the symbolic link esc\\x1b\n"}) {
         EXPECT_NE(run.err.find(refused), std::string::npos) << refused << "\n" << run.err;
     }
     EXPECT_EQ(tuskel("extract -o hostile.zip dup.txt -d " + shellQuote(dest)).status, 0);

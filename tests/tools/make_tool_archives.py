@@ -12,7 +12,8 @@ Crafted by hand, with zipfile:
   hostile.zip   names that reach out of the directory: "../", absolute,
                 a link out and a file through it, a link inside and a file
                 through it, a duplicate name; links out through a NUL, a
-                chain of links, and a target too long
+                chain of links, and a target too long; a file through a
+                link whose name holds ESC
   badcrc.zip    a stored entry whose data no longer matches its CRC-32
   broken.zip    three entries, the second's local header signature broken
   names.zip     a CP437 name from an MS-DOS archive, and a control character
@@ -101,8 +102,10 @@ def make_hostile():
         z.writestr(unix_entry("out", 0o777, stat.S_IFLNK), b"../outside")
         z.writestr("out/escaped.txt", b"through a link out\n")
         z.writestr(unix_entry("in", 0o777, stat.S_IFLNK), b"sub")
-        for name, target in (("nul", b"..\0"), ("a/b/up", b".."), ("a/b/x", b"up/../../.."), ("long", b"x/" * 2100)):
+        for name, target in (("nul", b"..\0"), ("a/b/up", b".."), ("a/b/x", b"up/../../.."), ("long", b"x/" * 2100),
+                             ("esc\x1b", b"sub")):
             z.writestr(unix_entry(name, 0o777, stat.S_IFLNK), target)
+        z.writestr("esc\x1b/f.txt", b"through a link with a control character\n")
         z.writestr("sub/kept.txt", b"in sub\n")
         z.writestr("in/through.txt", b"through a link inside\n")
         z.writestr("pre/through.txt", b"through a link already there\n")
