@@ -140,7 +140,7 @@ int runExtract(const ExtractOptions& options, const Common& common) {
     if (int status = openArchive(options.file, opened)) return status;
     std::unique_ptr<SafeTree> tree;
     try {
-        tree.reset(new SafeTree(options.directory));
+        tree.reset(new SafeTree(options.directory, currentUmask()));
     } catch (std::runtime_error& e) {
         complain(options.file, e.what());
         return EXIT_IO_ERROR;

@@ -131,6 +131,9 @@ TEST(TuskelTool, ExtractNeverWritesOutsideTheDirectory) {
     EXPECT_EQ(readFile(dest + "/ok.txt"), "fine\n");
     EXPECT_EQ(readFile(dest + "/dup.txt"), "first\n");
     EXPECT_EQ(commandOutput("readlink " + shellQuote(dest + "/in")), "sub\n");
+    // Directories made on the way get the mode mkdir gives, as unzip leaves them.
+    EXPECT_EQ(commandOutput("stat -c %a " + shellQuote(dest + "/a/b")),
+              commandOutput("mkdir " + shellQuote(top.file("new")) + " && stat -c %a " + shellQuote(top.file("new"))));
     for (const char* refused : {"../evil.txt: refused: path contains \"..\"", "/outside/abs.txt: refused: absolute path",
                                 "out: refused: symbolic link leads out", "in/through.txt: refused: path goes through",
                                 "pre/through.txt: refused: path goes through", "dup.txt: exists; kept",
