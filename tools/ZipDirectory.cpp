@@ -62,18 +62,20 @@ void ZipDirectory::_read(QRN_SPACE::BufferBase& input) {
     _found = true;
     // Where the directory should begin, from the end record's own position:
     // the difference to the offset it states is what precedes the archive.
-    const long start = endPos - static_cast<long>(_end.directorySize);
-    _bias = start - static_cast<long>(_end.directoryOffset);
-    if (start < 0 || _bias < 0) {
+    // Compared unsigned first: a 32-bit long cannot hold every size.
+    if (_end.directorySize > static_cast<unsigned long>(endPos) ||
+        _end.directoryOffset > static_cast<unsigned long>(endPos) - _end.directorySize) {
         _damage = "central directory offset or size points outside the file";
         return;
     }
+    const long start = endPos - static_cast<long>(_end.directorySize);
+    _bias = start - static_cast<long>(_end.directoryOffset);
     QRN_SPACE::BufferBaseInputStream records(&input);
     records.skip(start);
     // Every record takes at least its fixed part, so a forged count cannot
     // make this loop run longer than the directory's bytes allow.
     const long most = static_cast<long>(_end.directorySize) / ZipConstants::CENHDR;
-    for (long i = 0; i < _end.totalEntries && i <= most; ++i) {
+    for (long i = 0; i < _end.totalEntries && i < most; ++i) {
         QRN_SPACE::ZipCentralDir record;
         if (!record.read(records)) {
             _damage = "central directory record " + std::to_string(i + 1) + " of " +

@@ -75,6 +75,8 @@ bool DirectReader::_cut() const { return _dp != nullptr && _dp->getAction() == k
 // read at the offset itself. Answers the bias that found the header, or -1.
 long DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
     for (long bias : {_directory.bias(), 0L}) {
+        // Unsigned, so that the sum cannot overflow a 32-bit long.
+        if (record.localHeaderOffset >= static_cast<unsigned long>(_input.getSize() - bias)) continue;
         in.reset();
         in.skip(static_cast<long>(record.localHeaderOffset) + bias);
         in.mark(ZipConstants::LOCHDR);

@@ -179,6 +179,7 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"frobnicate zip.zip", 64, "", ""},
         {"list", 64, "", ""},
         {"scan zip.zip --max-bytes 12X", 64, "", "--max-bytes"},
+        {"scan zip.zip --max-bytes 4G", 0, "zip.zip!hello.txt\n", ""},  // beyond a 32-bit long
         {"list missing.zip", 74, "", "tuskel: missing.zip: No such file or directory"},
         {"cat zip.zip >/dev/full", 74, "", "tuskel: standard output: No space left on device"},
         {"extract zip.zip -d tree.txt/x", 74, "", "tree.txt"},
