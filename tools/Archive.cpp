@@ -225,16 +225,22 @@ void Archive::_walkGzip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
 void Archive::_walkZip(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp) {
     const ZipDirectory& zip = directory();
     if (!zip.damage().empty()) _problems.push_back("central directory: " + zip.damage());
-    DirectReader direct(_input, zip.bias(), dp);
-    ZipWalkProcessor processor(sink, zip, direct, dp);
+    DirectReader direct(_input, zip, dp);
+    // Over a stream, not the buffer: a failed entry then never makes the
+    // library walk the rest again without `dp`, which would leave nothing
+    // to stop a bomb behind it; readRest() reaches what the walk did not.
+    PositionStream in(&_input);
+    ZipWalkProcessor processor(sink, zip, direct, dp, in);
     try {
         std::unique_ptr<QRN_SPACE::Unarchiver> walk;
         if (_format == Format::ZipExe) {
-            walk.reset(new QRN_SPACE::ZipExeUnarchiver(&_input, processor, dp));
+            walk.reset(new QRN_SPACE::ZipExeUnarchiver(&in, processor, dp));
         } else {
-            walk.reset(new QRN_SPACE::ZipUnarchiver(&_input, processor, dp, _zipStart));
+            walk.reset(new QRN_SPACE::ZipUnarchiver(&in, processor, dp, _zipStart));
         }
         walk->start();
+    } catch (const WalkEnded&) {
+        // Nothing wrong: readRest() reads on from the directory.
     } catch (QRN_SPACE::Exception& e) {
         // The walk cannot go on past this (a corrupt deflate stream, a
         // header cut short); the directory still leads to the entries behind.
@@ -248,9 +254,8 @@ bool Archive::walkDirectory(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp)
     if (_format != Format::Zip && _format != Format::ZipExe) return false;
     const ZipDirectory& zip = directory();
     if (!zip.found() || !zip.damage().empty()) return false;
-    DirectReader direct(_input, zip.bias(), dp);
-    int index = 0;
-    for (const QRN_SPACE::ZipCentralDir& record : zip.records()) direct.read(record, index++, false, sink);
+    DirectReader direct(_input, zip, dp);
+    for (size_t i = 0; i < zip.records().size(); ++i) direct.read(i, static_cast<int>(i), false, sink);
     return true;
 }
 

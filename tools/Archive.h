@@ -14,10 +14,10 @@ namespace tuskel_tool {
 
 // One input opened as an archive: the format it holds, and walks over its
 // entries into a sink. A ZIP is walked the library's way, through its local
-// headers over the buffer (so a failed entry is recovered through the
-// central directory); whatever the directory lists that the walk did not
-// reach is then read at the offset the directory gives. A self-extractor is
-// walked the same way from the archive inside it.
+// headers as a stream; whatever the directory lists that the walk did not
+// reach (the entries behind a failed one among them) is then read at the
+// offset the directory gives, with the same decompress processor. A
+// self-extractor is walked the same way from the archive inside it.
 class Archive {
 public:
     // `input` is not owned and must outlive the archive. `fileName` names

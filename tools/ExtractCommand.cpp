@@ -34,11 +34,16 @@ public:
     using QRN_SPACE::OutputStream::write;
     void write(char c) override { write(&c, 1); }
     int write(const char* buf, int len) override {
-        if (static_cast<long long>(target.size()) + len <= kLongestLink) target.append(buf, static_cast<size_t>(len));
+        if (static_cast<long long>(target.size()) + len <= kLongestLink) {
+            target.append(buf, static_cast<size_t>(len));
+        } else {
+            tooLong = true;
+        }
         return len;
     }
     void close() override {}
     std::string target;
+    bool tooLong = false;
 };
 
 class ExtractSink : public EntrySink {
@@ -58,6 +63,7 @@ public:
         }
         if (entry.symlink) {
             _link.target.clear();
+            _link.tooLong = false;
             return &_link;
         }
         const int fd = _tree.createFile(entry.name, _options.overwrite, why);
@@ -90,7 +96,11 @@ private:
 
     void _makeLink(const Entry& entry) {
         std::string why;
-        if (!_tree.createSymlink(entry.name, _link.target, _options.overwrite, why)) _refuse(entry, why);
+        if (_link.tooLong) {
+            _refuse(entry, "refused: link target too long");
+        } else if (!_tree.createSymlink(entry.name, _link.target, _options.overwrite, why)) {
+            _refuse(entry, why);
+        }
     }
 
     // Data written: the recorded permission bits (without setuid, setgid
@@ -130,7 +140,7 @@ int runExtract(const ExtractOptions& options, const Common& common) {
     if (int status = openArchive(options.file, opened)) return status;
     std::unique_ptr<SafeTree> tree;
     try {
-        tree.reset(new SafeTree(options.directory));
+        tree.reset(new SafeTree(options.directory, currentUmask()));
     } catch (std::runtime_error& e) {
         complain(options.file, e.what());
         return EXIT_IO_ERROR;

@@ -9,12 +9,13 @@ namespace tuskel_tool {
 
 void complain(const std::string& file, const std::string& what) {
     Progress::clearLine();
-    std::fprintf(stderr, "tuskel: %s: %s\n", printable(file).c_str(), what.c_str());
+    std::fprintf(stderr, "tuskel: %s: %s\n", printable(file).c_str(), printable(what).c_str());
 }
 
 void complain(const std::string& file, const std::string& entry, const std::string& what) {
     Progress::clearLine();
-    std::fprintf(stderr, "tuskel: %s: %s: %s\n", printable(file).c_str(), printable(entry).c_str(), what.c_str());
+    std::fprintf(stderr, "tuskel: %s: %s: %s\n", printable(file).c_str(), printable(entry).c_str(),
+                 printable(what).c_str());
 }
 
 void complainIo(const std::string& file, const std::string& message) {

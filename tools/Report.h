@@ -15,8 +15,8 @@ enum ExitStatus {
 };
 
 // Messages on standard error, each naming the file and, where there is one,
-// the entry: "tuskel: FILE: ENTRY: what". Names are printed with control
-// characters escaped.
+// the entry: "tuskel: FILE: ENTRY: what". Names and messages (which may
+// quote an archive's bytes) are printed with control characters escaped.
 void complain(const std::string& file, const std::string& what);
 void complain(const std::string& file, const std::string& entry, const std::string& what);
 // A system error about `file`, whose message may name the file already.

@@ -51,7 +51,7 @@ std::string SafeTree::refusal(const std::string& name) {
     return "";
 }
 
-SafeTree::SafeTree(const std::string& root) {
+SafeTree::SafeTree(const std::string& root, mode_t umask) : _madeOnTheWay(0777 & ~umask) {
     // The root is the user's own path: made as mkdir -p would, links and all.
     for (size_t slash = root.find('/', 1); slash != std::string::npos; slash = root.find('/', slash + 1)) {
         mkdir(root.substr(0, slash).c_str(), 0777);
@@ -76,7 +76,11 @@ int SafeTree::_openPath(const std::vector<std::string>& components, size_t count
     }
     for (size_t i = 0; i < count; ++i) {
         const std::string& part = components[i];
-        if (create && mkdirat(fd, part.c_str(), kNewDirectory) != 0 && errno != EEXIST) {
+        if (create && mkdirat(fd, part.c_str(), kNewDirectory) == 0) {
+            std::string path;
+            for (size_t j = 0; j <= i; ++j) path += components[j] + "/";
+            _directories.push_back({path, _madeOnTheWay, 0, false});
+        } else if (create && errno != EEXIST) {
             why = part + ": " + systemError();
             close(fd);
             return -1;
@@ -143,23 +147,32 @@ bool SafeTree::createDirectory(const std::string& name, unsigned int mode, time_
     int fd = _openPath(parts, parts.size(), true, why);
     if (fd < 0) return false;
     close(fd);
-    _directories.push_back({name, mode, mtime});
+    _directories.push_back({name, mode, mtime, true});
     return true;
 }
 
 bool SafeTree::createSymlink(const std::string& name, const std::string& target, bool overwrite, std::string& why) {
-    // The link must resolve inside the tree from where it stands.
+    // The link must resolve inside the tree from where it stands. ".." only
+    // leads, so no link in the tree (never followed while writing, but
+    // followed later) can make a target that climbs after a name go further.
     long depth = static_cast<long>(pathComponents(name).size()) - 1;
+    if (target.find('\0') != std::string::npos) {
+        why = "refused: symbolic link target holds a NUL byte";
+        return false;
+    }
     if (target.empty() || target[0] == '/') {
         why = "refused: symbolic link to an absolute path";
         return false;
     }
+    bool named = false;
     for (const std::string& part : pathComponents(target)) {
-        depth += part == ".." ? -1 : 1;
-        if (depth < 0) {
+        const bool up = part == "..";
+        depth += up ? -1 : 1;
+        if (depth < 0 || (up && named)) {
             why = "refused: symbolic link leads out of the directory";
             return false;
         }
+        named = named || !up;
     }
     std::string leaf;
     int parent = _parent(name, leaf, why);
@@ -191,7 +204,7 @@ void SafeTree::finish() {
         if (fd < 0) continue;
         fchmod(fd, static_cast<mode_t>(d.mode & 0777));
         const struct timespec times[2] = {{d.mtime, 0}, {d.mtime, 0}};
-        futimens(fd, times);
+        if (d.timed) futimens(fd, times);
         close(fd);
     }
 }

@@ -17,8 +17,10 @@ namespace tuskel_tool {
 class SafeTree {
 public:
     // Opens (creating it if missing) the directory `root`; throws
-    // std::runtime_error with the reason when it cannot.
-    explicit SafeTree(const std::string& root);
+    // std::runtime_error with the reason when it cannot. Directories made on
+    // the way to an entry end up with mode 0777 less `umask`, as unzip
+    // leaves them.
+    SafeTree(const std::string& root, mode_t umask);
     ~SafeTree();
     SafeTree(const SafeTree&) = delete;
     SafeTree& operator=(const SafeTree&) = delete;
@@ -50,6 +52,7 @@ private:
         std::string name;
         unsigned int mode;
         time_t mtime;
+        bool timed;  // false: made on the way, its time left alone
     };
 
     // The descriptor of the directory that holds the last component of
@@ -57,6 +60,7 @@ private:
     int _parent(const std::string& name, std::string& leaf, std::string& why);
     int _openPath(const std::vector<std::string>& components, size_t count, bool create, std::string& why);
 
+    mode_t _madeOnTheWay;  // the mode of directories made on the way
     int _root = -1;
     std::string _cachedPath;  // the parent directory opened last ...
     int _cachedFd = -1;       // ... and its descriptor

@@ -5,6 +5,7 @@
 // with a message, in bounded memory and disk, and the walk goes on.
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -131,7 +132,7 @@ QRN_SPACE::OutputStream* ScanSink::open(const Entry& entry) {
     }
     _limit = _limitFor(entry);
     _held.reset(new QRN_SPACE::SmartBufferBase());
-    _limited.reset(new QRN_SPACE::LimitedBufferBase(_held.get(), static_cast<long>(_limit)));
+    _limited.reset(new QRN_SPACE::LimitedBufferBase(_held.get(), static_cast<long>(std::min<long long>(_limit, LONG_MAX))));
     _stream.reset(new HoldStream(*_limited, _cutter, _scan.progress));
     return _stream.get();
 }

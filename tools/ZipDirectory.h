@@ -29,15 +29,24 @@ public:
     const QRN_SPACE::ZipEndCentralDir& end() const { return _end; }
     // Bytes in front of the archive: add to every offset it records.
     long bias() const { return _bias; }
+    // Record `i` shares its bytes with another: its local header offset
+    // repeats, or its header and data as recorded reach the next one's.
+    bool overlaps(size_t i) const { return _overlapping[i]; }
+    // Where the entry of record `i` must end: the next local header offset
+    // recorded, or the directory's own.
+    long long dataLimit(size_t i) const { return _limits[i]; }
 
 private:
     void _read(QRN_SPACE::BufferBase& input);
+    void _findOverlaps();
 
     bool _found = false;
     std::string _damage;
     std::vector<QRN_SPACE::ZipCentralDir> _records;
     QRN_SPACE::ZipEndCentralDir _end;
     long _bias = 0;
+    std::vector<bool> _overlapping;  // per record
+    std::vector<long long> _limits;  // per record
 };
 
 }  // namespace tuskel_tool

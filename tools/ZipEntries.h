@@ -11,7 +11,7 @@ namespace tuskel_tool {
 Entry entryFromCentral(const QRN_SPACE::ZipCentralDir& record, int index);
 
 // An entry as its local header describes it, completed by its central
-// directory record (of the same name) when there is one: the record alone
+// directory record (at the same offset) when there is one: the record alone
 // knows the host system, the Unix mode and, for entries with a data
 // descriptor, the sizes.
 Entry entryFromLocal(const QRN_SPACE::ZipInfo& local, int index, const QRN_SPACE::ZipCentralDir* record);

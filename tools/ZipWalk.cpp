@@ -1,5 +1,6 @@
 #include "ZipWalk.h"
 
+#include <climits>
 #include <cstdio>
 
 #include "ZipEntries.h"
@@ -71,31 +72,37 @@ bool DirectReader::_cut() const { return _dp != nullptr && _dp->getAction() == k
 
 // The directory's offset counts from where the archive begins; an archive
 // whose offsets were adjusted for a stub in front (or never needed it) is
-// read at the offset itself.
-bool DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
-    for (long bias : {_bias, 0L}) {
+// read at the offset itself. Answers the bias that found the header, or -1.
+long DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in) {
+    for (long bias : {_directory.bias(), 0L}) {
+        // Unsigned, so that the sum cannot overflow a 32-bit long.
+        if (record.localHeaderOffset >= static_cast<unsigned long>(_input.getSize() - bias)) continue;
         in.reset();
         in.skip(static_cast<long>(record.localHeaderOffset) + bias);
         in.mark(ZipConstants::LOCHDR);
         QRN_SPACE::ZipInfo local;
-        if (local.read(in, false)) return true;
+        if (local.read(in, false)) return bias;
         if (bias == 0) break;
     }
-    return false;
+    return -1;
 }
 
-void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool recovered, EntrySink& sink) {
+void DirectReader::read(size_t at, int index, bool recovered, EntrySink& sink) {
+    const QRN_SPACE::ZipCentralDir& record = _directory.records()[at];
     Entry entry = entryFromCentral(record, index);
     entry.recovered = recovered;
     if (!sink.wants(entry)) return;
+    if (_directory.overlaps(at)) return sink.close(entry, bad("overlaps another entry"));
     const std::string why = unreadable(entry, record.flags);
     if (!why.empty()) return sink.close(entry, skipped(why));
-    QRN_SPACE::BufferBaseInputStream in(&_input);
+    PositionStream in(&_input);
     in.mark(0);
     try {
-        if (!_atLocalHeader(record, in)) {
+        const long bias = _atLocalHeader(record, in);
+        if (bias < 0) {
             return sink.close(entry, bad("no local header at offset " + std::to_string(record.localHeaderOffset)));
         }
+        in.limit(_directory.dataLimit(at) + bias);
         if (_dp != nullptr) _dp->init();  // before open(), which may tell it the entry's name
         QRN_SPACE::OutputStream* out = sink.open(entry);
         if (out == nullptr) return;
@@ -115,29 +122,63 @@ void DirectReader::read(const QRN_SPACE::ZipCentralDir& record, int index, bool 
     sink.close(entry, judge(entry, _out, _cut() || headOnly));
 }
 
-ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
-                                   QRN_SPACE::DecompressProcessor* dp)
-    : _sink(sink), _directory(directory), _direct(direct), _dp(dp), _reached(directory.records().size()) {}
+int PositionStream::read() {
+    if (_position >= _limit) return -1;
+    const int c = BufferBaseInputStream::read();
+    if (c >= 0) ++_position;
+    return c;
+}
 
-// The first directory record of this name that no entry has claimed yet:
-// entries of the same name pair with records in order. In a sound archive
-// that is the record after the last one matched, found without a lookup.
-const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(const std::string& name) {
-    const auto& records = _directory.records();
-    if (_unmatched.empty() && _next < records.size() && records[_next].name == name) {
-        _reached[_next] = true;
-        return &records[_next++];
+int PositionStream::read(char* buf, int len) {
+    if (_position >= _limit) return len > 0 ? -1 : 0;
+    if (len > _limit - _position) len = static_cast<int>(_limit - _position);
+    const int got = BufferBaseInputStream::read(buf, len);
+    if (got > 0) _position += got;
+    return got;
+}
+
+long PositionStream::skip(long n) {
+    const long skipped = BufferBaseInputStream::skip(n);
+    _position = skipped > LONG_MAX - _position ? LONG_MAX : _position + skipped;
+    return skipped;
+}
+
+void PositionStream::mark(int readLimit) {
+    BufferBaseInputStream::mark(readLimit);
+    _mark = _position;
+}
+
+void PositionStream::reset() {
+    BufferBaseInputStream::reset();
+    _position = _mark;
+}
+
+ZipWalkProcessor::ZipWalkProcessor(EntrySink& sink, const ZipDirectory& directory, DirectReader& direct,
+                                   QRN_SPACE::DecompressProcessor* dp, const PositionStream& in)
+    : _sink(sink),
+      _directory(directory),
+      _direct(direct),
+      _dp(dp),
+      _in(in),
+      _trusted(directory.found() && directory.damage().empty()),
+      _reached(directory.records().size()) {
+    const auto& records = directory.records();
+    for (size_t i = 0; i < records.size(); ++i) _byOffset.emplace(records[i].localHeaderOffset, i);
+}
+
+// The directory record of the local header at `headerPos`, which the walk
+// has not met before. The directory counts from where the archive begins,
+// unless its offsets already count from the file's start (see DirectReader).
+const QRN_SPACE::ZipCentralDir* ZipWalkProcessor::_match(long headerPos) {
+    for (long long at : {static_cast<long long>(headerPos) - _directory.bias(), static_cast<long long>(headerPos)}) {
+        auto found = _byOffset.find(at);
+        if (found != _byOffset.end() && !_reached[found->second]) {
+            _recordIndex = found->second;
+            _reached[_recordIndex] = true;
+            return &_directory.records()[_recordIndex];
+        }
     }
-    if (_unmatched.empty()) {
-        for (size_t i = _next; i < records.size(); ++i) _unmatched[records[i].name].push_back(i);
-        _next = records.size();
-    }
-    auto found = _unmatched.find(name);
-    if (found == _unmatched.end() || found->second.empty()) return nullptr;
-    const size_t i = found->second.front();
-    found->second.pop_front();
-    _reached[i] = true;
-    return &_directory.records()[i];
+    return nullptr;
 }
 
 QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryInfo* info, int& action) {
@@ -145,22 +186,27 @@ QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryI
     action = ArchiveConstants::ACTION_SKIP;
     const QRN_SPACE::ZipInfo& local = static_cast<QRN_SPACE::ZipEntryInfo*>(info)->zipInfo();
     if (local.centralDirRead) return nullptr;  // the walk's final entry: the directory, no data
-    _record = _match(local.name);
+    _record = _match(_in.position() - ZipConstants::LOCHDR - static_cast<long>(local.name.size()) - local.extraLength);
+    if (_record == nullptr && _trusted) return nullptr;
     _entry = entryFromLocal(local, _entries++, _record);
+    // A stored entry whose size follows its data: the walk cannot tell where
+    // the data ends, so it ends here; nor can it trust where an entry that
+    // overlaps another ends. The directory reader takes over.
+    const bool storedWithDescriptor = _entry.method == ZipConstants::STORED && hasDescriptor(local.flags);
+    if (_record != nullptr && (storedWithDescriptor || _directory.overlaps(_recordIndex))) {
+        _direct.read(_recordIndex, _entry.index, false, _sink);
+        throw WalkEnded();
+    }
+    if (storedWithDescriptor) {
+        if (_sink.wants(_entry)) {
+            _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
+        }
+        throw WalkEnded();
+    }
     if (!_sink.wants(_entry)) return nullptr;
     const std::string why = unreadable(_entry, local.flags);
     if (!why.empty()) {
         _sink.close(_entry, skipped(why));
-        return nullptr;
-    }
-    // A stored entry whose size follows its data cannot be copied from the
-    // local header; its directory record knows the size.
-    if (_entry.method == ZipConstants::STORED && hasDescriptor(local.flags)) {
-        if (_record != nullptr) {
-            _direct.read(*_record, _entry.index, false, _sink);
-        } else {
-            _sink.close(_entry, skipped("stored with its size after the data, and not in the central directory"));
-        }
         return nullptr;
     }
     QRN_SPACE::OutputStream* out = _sink.open(_entry);
@@ -201,7 +247,7 @@ void ZipWalkProcessor::fail(const std::string& problem) {
 void ZipWalkProcessor::readRest() {
     const auto& records = _directory.records();
     for (size_t i = 0; i < records.size(); ++i) {
-        if (!_reached[i]) _direct.read(records[i], _entries++, true, _sink);
+        if (!_reached[i]) _direct.read(i, _entries++, true, _sink);
     }
 }
 

@@ -116,9 +116,15 @@ TEST(TuskelTool, ExtractNeverWritesOutsideTheDirectory) {
     EXPECT_EQ(readFile(dest + "/ok.txt"), "fine\n");
     EXPECT_EQ(readFile(dest + "/dup.txt"), "first\n");
     EXPECT_EQ(commandOutput("readlink " + shellQuote(dest + "/in")), "sub\n");
+    // Directories made on the way get the mode mkdir gives, as unzip leaves them.
+    EXPECT_EQ(commandOutput("stat -c %a " + shellQuote(dest + "/a/b")),
+              commandOutput("mkdir " + shellQuote(top.file("new")) + " && stat -c %a " + shellQuote(top.file("new"))));
     for (const char* refused : {"../evil.txt: refused: path contains \"..\"", "/outside/abs.txt: refused: absolute path",
                                 "out: refused: symbolic link leads out", "in/through.txt: refused: path goes through",
-                                "pre/through.txt: refused: path goes through", "dup.txt: exists; kept"}) {
+                                "pre/through.txt: refused: path goes through", "dup.txt: exists; kept",
+                                "nul: refused: symbolic link target holds a NUL", "a/b/x: refused: symbolic link leads out",
+                                "long: refused: link target too long",
+                                "esc\\x1b/f.txt: refused: path goes through the symbolic link esc\\x1b\n"}) {
         EXPECT_NE(run.err.find(refused), std::string::npos) << refused << "\n" << run.err;
     }
     EXPECT_EQ(tuskel("extract -o hostile.zip dup.txt -d " + shellQuote(dest)).status, 0);
@@ -136,6 +142,8 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"list names.zip", 0, " bell\\x07.txt\n", ""},
         {"test badcrc.zip", 1, "", "tuskel: badcrc.zip: bad.txt: bad: CRC-32 "},
         {"test encrypted.zip", 1, "", "tuskel: encrypted.zip: run.sh: skipped: encrypted"},
+        {"test desc.zip", 0, "desc.zip: 2 entries ok", ""},  // not the entry inside the stored ZIP
+        {"test overlap.zip", 1, "3 of 3 entries bad", "tuskel: overlap.zip: c: bad: overlaps another entry"},
         // The entries behind a broken local header are still reached, through the directory.
         {"cat broken.zip", 1, inArchives("unzip -p broken.zip first.txt third.txt"),
          "tuskel: broken.zip: second.txt: bad: no local header"},
@@ -147,6 +155,8 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"scan --json --max-depth 2 nested.zip", 1,
          "{\"crc\":\"-\",\"error\":\"not opened: --max-depth reached\",\"path\":\"nested.zip!inner.gz!inner\"}\n"
          "{\"compressed_size\":17,", ""},
+        // A bomb is cut at the limit even behind an entry that failed.
+        {"scan --json --max-bytes 1M encbomb.zip", 1, "\"crc\":\"unchecked\",\"directory\":false,\"error\":\"stopped", ""},
         // Identification by content, steered by a name or a content type.
         {"type zip.zip tree.txt tree.txt.gz", 0,
          "zip.zip: 700 zip (archive)\ntree.txt: 100 text (text)\ntree.txt.gz: 705 gzip (archive)\n", ""},
@@ -163,6 +173,7 @@ TEST(TuskelTool, StatusesOutputsAndMessages) {
         {"frobnicate zip.zip", 64, "", ""},
         {"list", 64, "", ""},
         {"scan zip.zip --max-bytes 12X", 64, "", "--max-bytes"},
+        {"scan zip.zip --max-bytes 4G", 0, "zip.zip!hello.txt\n", ""},  // beyond a 32-bit long
         {"list missing.zip", 74, "", "tuskel: missing.zip: No such file or directory"},
         {"cat zip.zip >/dev/full", 74, "", "tuskel: standard output: No space left on device"},
         {"extract zip.zip -d tree.txt/x", 74, "", "tree.txt"},

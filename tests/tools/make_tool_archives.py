@@ -11,20 +11,30 @@ nested.zip holds inner.gz, the gzip of inner.zip, which holds hello.txt.
 Crafted by hand, with zipfile:
   hostile.zip   names that reach out of the directory: "../", absolute,
                 a link out and a file through it, a link inside and a file
-                through it, a duplicate name
+                through it, a duplicate name; links out through a NUL, a
+                chain of links, and a target too long; a file through a
+                link whose name holds ESC
   badcrc.zip    a stored entry whose data no longer matches its CRC-32
   broken.zip    three entries, the second's local header signature broken
   names.zip     a CP437 name from an MS-DOS archive, and a control character
   encrypted.zip a plain entry and an encrypted one (zip -P)
+  overlap.zip   three directory records of one entry
+  desc.zip      stored, written to a pipe (data descriptors), its first
+                entry a ZIP of its own
+  encbomb.zip   an entry flagged encrypted, then 4 MiB of zeros deflated
+                and followed by an invalid block, reached only if not cut
 """
 import gzip
+import io
 import os
 import random
 import shutil
 import stat
+import struct
 import subprocess
 import warnings
 import zipfile
+import zlib
 
 STAMP = 1622550896  # 2021-06-01 12:34:56 UTC, even seconds
 
@@ -92,6 +102,10 @@ def make_hostile():
         z.writestr(unix_entry("out", 0o777, stat.S_IFLNK), b"../outside")
         z.writestr("out/escaped.txt", b"through a link out\n")
         z.writestr(unix_entry("in", 0o777, stat.S_IFLNK), b"sub")
+        for name, target in (("nul", b"..\0"), ("a/b/up", b".."), ("a/b/x", b"up/../../.."), ("long", b"x/" * 2100),
+                             ("esc\x1b", b"sub")):
+            z.writestr(unix_entry(name, 0o777, stat.S_IFLNK), target)
+        z.writestr("esc\x1b/f.txt", b"through a link with a control character\n")
         z.writestr("sub/kept.txt", b"in sub\n")
         z.writestr("in/through.txt", b"through a link inside\n")
         z.writestr("pre/through.txt", b"through a link already there\n")
@@ -102,6 +116,13 @@ def make_hostile():
 def patch_name(archive, placeholder, raw):
     data = open(archive, "rb").read().replace(placeholder, raw)
     open(archive, "wb").write(data)
+
+
+class Pipe:
+    """A file that cannot seek or tell, as a pipe."""
+
+    def __init__(self, f):
+        self.write, self.flush = f.write, f.flush
 
 
 def make_broken():
@@ -124,6 +145,35 @@ def make_broken():
     patch_name("names.zip", b"cafX.txt", b"caf\x82.txt")
     patch_name("names.zip", b"bellY.txt", b"bell\x07.txt")
     run("cd tree && zip -qX ../encrypted.zip hello.txt && zip -qX -P secret ../encrypted.zip run.sh")
+    inner = io.BytesIO()
+    with zipfile.ZipFile(inner, "w") as z:
+        z.writestr("phantom.txt", b"inside the inner ZIP only\n")
+    with open("desc.zip", "wb") as f, zipfile.ZipFile(Pipe(f), "w") as z:
+        z.writestr("inner.zip", inner.getvalue())
+        z.writestr("real.txt", b"real\n")
+    co = zlib.compressobj(9, zlib.DEFLATED, -15)
+    bomb = co.compress(bytes(4 << 20)) + co.flush(zlib.Z_SYNC_FLUSH)
+    raw_zip("encbomb.zip", [(b"a.txt", 0, 1, b"hello", 5), (b"bomb.bin", 8, 0, bomb + b"\xff\xff", 4 << 20)])
+    raw_zip("overlap.zip", [(b"zeros", 8, 0, bomb + b"\x03\x00", 4 << 20)], [b"a", b"b", b"c"])
+
+
+def raw_zip(archive, entries, listed=None):
+    """Writes (name, method, flags, data, size) entries, CRC-32 0, each
+    listed at its offset; with `listed`, records of those names all list
+    the first entry instead."""
+    body, headers = b"", []
+    for name, method, flags, data, size in entries:
+        headers.append((name, method, flags, data, size, len(body)))
+        body += struct.pack("<IHHHHHIIIHH", 0x04034B50, 20, flags, method, 0, 0x21, 0, len(data), size,
+                            len(name), 0) + name + data
+    if listed is not None:
+        headers = [(name,) + headers[0][1:] for name in listed]
+    directory = b""
+    for name, method, flags, data, size, offset in headers:
+        directory += struct.pack("<IHHHHHHIIIHHHHHII", 0x02014B50, 20, 20, flags, method, 0, 0x21, 0, len(data),
+                                 size, len(name), 0, 0, 0, 0, 0, offset) + name
+    end = struct.pack("<IHHHHIIH", 0x06054B50, 0, 0, len(headers), len(headers), len(directory), len(body), 0)
+    open(archive, "wb").write(body + directory + end)
 
 
 warnings.simplefilter("ignore")  # the duplicate name is the point
