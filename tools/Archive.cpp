@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "CheckedStream.h"
+#include "Names.h"
 #include "ZipWalk.h"
 #include "io/BufferBaseInputStream.h"
 #include "unarchiver/GzipConstants.h"
@@ -18,16 +19,10 @@ namespace {
 using QRN_SPACE::ArchiveConstants;
 using QRN_SPACE::GzipConstants;
 
-const int kCutAction = 2;  // a decompress processor's answer to cut an entry short
 const int kTrailerSize = 8;
 
 bool endsWith(const std::string& text, const std::string& tail) {
     return text.size() > tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
-
-std::string baseName(const std::string& path) {
-    const size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 // The little-endian word at `pos` of the buffer, or 0 when it is not there.
@@ -86,7 +81,7 @@ public:
         Entry expected = _entry;
         expected.crc = header.crc32;
         expected.size = -1;  // ISIZE holds the size modulo 2^32: compared below
-        const bool cut = _dp != nullptr && _dp->getAction() == kCutAction;
+        const bool cut = isCut(_dp);
         EntryResult result = judge(expected, _out, cut);
         if (!cut && result.status == EntryResult::OK && static_cast<uint32_t>(result.written) != header.isize) {
             result.status = EntryResult::BAD;
@@ -103,7 +98,7 @@ public:
     bool fail(const std::string& problem) {
         if (!_pending) return true;
         _pending = false;
-        const bool cut = _dp != nullptr && _dp->getAction() == kCutAction;
+        const bool cut = isCut(_dp);
         EntryResult result = judge(_entry, _out, cut);
         if (!cut) {
             result.status = EntryResult::BAD;
@@ -255,7 +250,7 @@ bool Archive::walkDirectory(EntrySink& sink, QRN_SPACE::DecompressProcessor* dp)
     const ZipDirectory& zip = directory();
     if (!zip.found() || !zip.damage().empty()) return false;
     DirectReader direct(_input, zip, dp);
-    for (size_t i = 0; i < zip.records().size(); ++i) direct.read(i, static_cast<int>(i), false, sink);
+    for (size_t i = 0; i < zip.records().size(); ++i) direct.read(i, static_cast<int>(i), sink);
     return true;
 }
 

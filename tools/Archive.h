@@ -26,7 +26,6 @@ public:
     ~Archive();
 
     Format format() const { return _format; }
-    QRN_SPACE::BufferBase& input() { return _input; }
 
     // Every entry into `sink`. `dp` (may be null, not owned) is handed to
     // the unarchivers: it may cut an entry short (getAction() == 2).

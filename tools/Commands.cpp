@@ -2,18 +2,9 @@
 
 #include <fnmatch.h>
 
-#include <cstdio>
-
 #include "Report.h"
-#include "tuskel/CommonDecompressor.h"
 
 namespace tuskel_tool {
-
-namespace {
-
-void logToStderr(const char* piece) { std::fputs(piece, stderr); }
-
-}  // namespace
 
 int openArchive(const std::string& path, Opened& opened) {
     try {
@@ -40,10 +31,6 @@ bool selected(const std::string& name, const std::vector<std::string>& patterns)
 
 void reportProblems(const std::string& file, Archive& archive) {
     for (const std::string& problem : archive.problems()) complain(file, problem);
-}
-
-void enableLibraryLog() {
-    CommonDecompressor().setLogger(CommonDecompressor::LOG_DEBUG, logToStderr);
 }
 
 }  // namespace tuskel_tool

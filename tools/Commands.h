@@ -12,8 +12,7 @@ namespace tuskel_tool {
 
 // Options every command takes.
 struct Common {
-    bool quiet = false;    // no progress bar, no summary
-    bool verbose = false;  // the library's log on standard error
+    bool quiet = false;  // no progress bar, no summary
 };
 
 struct ListOptions {
@@ -81,9 +80,6 @@ bool selected(const std::string& name, const std::vector<std::string>& patterns)
 
 // Problems of the archive as a whole, each on standard error.
 void reportProblems(const std::string& file, Archive& archive);
-
-// Sends the library's log to standard error.
-void enableLibraryLog();
 
 }  // namespace tuskel_tool
 

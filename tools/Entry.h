@@ -29,7 +29,6 @@ struct Entry {
     unsigned int mode = 0;  // Unix type and permission bits; 0 when not recorded
     bool directory = false;
     bool symlink = false;
-    bool recovered = false;  // reached through the central directory only
 
     const char* methodName() const;
 };

@@ -11,7 +11,6 @@ namespace {
 
 using QRN_SPACE::IOUtils;
 
-const int kHostFat = 0;
 const int kUnicodePathTag = 0x7075;  // Info-ZIP Unicode path extra field
 const int kUnicodePathVersion = 1;
 
@@ -150,6 +149,11 @@ std::string validUtf8(const std::string& text) {
         }
     }
     return out;
+}
+
+std::string baseName(const std::string& path) {
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 }  // namespace tuskel_tool

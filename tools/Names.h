@@ -23,6 +23,12 @@ std::string decodeZipName(const std::string& raw, const NameEncoding& encoding);
 // \xHH, so that a name can never steer the terminal or forge a line.
 std::string printable(const std::string& text);
 
+// "version made by" of an archive made on MS-DOS (FAT).
+constexpr int kHostFat = 0;
+
+// The last component of a path.
+std::string baseName(const std::string& path);
+
 // The text with bytes that are not UTF-8 replaced by U+FFFD, for JSON.
 std::string validUtf8(const std::string& text);
 

@@ -42,6 +42,7 @@ Progress::Progress(const InputFile& input, bool quiet)
 Progress::~Progress() { clearLine(); }
 
 void Progress::tick(int entries) {
+    _entries = entries;
     if (!_enabled || ++_calls % kClockEvery != 0) return;
     const Clock::time_point now = Clock::now();
     if (now < _start || now - _last < kInterval) return;

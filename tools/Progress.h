@@ -19,8 +19,10 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // Cheap enough to call per entry and per block written.
+    // Cheap enough to call per entry and per block written; without a count
+    // the last one given stands.
     void tick(int entries);
+    void tick() { tick(_entries); }
 
     // Wipes a bar that is showing, so that a message can take the line.
     static void clearLine();
@@ -33,6 +35,7 @@ private:
     std::chrono::steady_clock::time_point _start;  // when a bar may first appear
     std::chrono::steady_clock::time_point _last;   // when it was last drawn
     unsigned _calls = 0;
+    int _entries = 0;
     static bool _showing;
 };
 

@@ -45,7 +45,7 @@ public:
     using QRN_SPACE::OutputStream::write;
     void write(char c) override { write(&c, 1); }
     int write(const char* buf, int len) override {
-        _progress.tick(0);
+        _progress.tick();
         if (exceeded) return len;
         try {
             _out.write(buf, len);

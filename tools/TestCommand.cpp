@@ -18,7 +18,7 @@ public:
     using QRN_SPACE::OutputStream::write;
     void write(char) override {}
     int write(const char*, int len) override {
-        _progress.tick(0);
+        _progress.tick();
         return len;
     }
     void close() override {}

@@ -19,10 +19,6 @@ namespace {
 // pipe can be identified as well as a file.
 const int kLookAhead = 4096;
 
-std::string baseName(const std::string& path) {
-    const size_t slash = path.find_last_of('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
 
 }  // namespace
 

@@ -11,7 +11,6 @@ namespace {
 
 using QRN_SPACE::IOUtils;
 
-const int kHostFat = 0;
 const int kHostUnix = 3;
 const unsigned int kFatDirectory = 0x10;  // MS-DOS attribute bit
 const int kTimestampTag = 0x5455;         // extended timestamp extra field

@@ -17,9 +17,6 @@ namespace {
 using QRN_SPACE::ArchiveConstants;
 using QRN_SPACE::ZipConstants;
 
-// What a decompress processor answers to have the rest of an entry passed over.
-const int kCutAction = 2;
-
 std::string hex32(uint32_t value) {
     char text[9];
     std::snprintf(text, sizeof text, "%08x", value);
@@ -68,8 +65,6 @@ EntryResult judge(const Entry& expected, CheckedStream& out, bool cut) {
     return result;
 }
 
-bool DirectReader::_cut() const { return _dp != nullptr && _dp->getAction() == kCutAction; }
-
 // The directory's offset counts from where the archive begins; an archive
 // whose offsets were adjusted for a stub in front (or never needed it) is
 // read at the offset itself. Answers the bias that found the header, or -1.
@@ -87,10 +82,9 @@ long DirectReader::_atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SP
     return -1;
 }
 
-void DirectReader::read(size_t at, int index, bool recovered, EntrySink& sink) {
+void DirectReader::read(size_t at, int index, EntrySink& sink) {
     const QRN_SPACE::ZipCentralDir& record = _directory.records()[at];
     Entry entry = entryFromCentral(record, index);
-    entry.recovered = recovered;
     if (!sink.wants(entry)) return;
     if (_directory.overlaps(at)) return sink.close(entry, bad("overlaps another entry"));
     const std::string why = unreadable(entry, record.flags);
@@ -119,7 +113,7 @@ void DirectReader::read(size_t at, int index, bool recovered, EntrySink& sink) {
         return sink.close(entry, bad(e.getMessage()));
     }
     const bool headOnly = sink.needs() >= 0 && _out.written() >= sink.needs() && entry.size > _out.written();
-    sink.close(entry, judge(entry, _out, _cut() || headOnly));
+    sink.close(entry, judge(entry, _out, isCut(_dp) || headOnly));
 }
 
 int PositionStream::read() {
@@ -194,7 +188,7 @@ QRN_SPACE::OutputStream* ZipWalkProcessor::processEntry(QRN_SPACE::ArchiveEntryI
     // overlaps another ends. The directory reader takes over.
     const bool storedWithDescriptor = _entry.method == ZipConstants::STORED && hasDescriptor(local.flags);
     if (_record != nullptr && (storedWithDescriptor || _directory.overlaps(_recordIndex))) {
-        _direct.read(_recordIndex, _entry.index, false, _sink);
+        _direct.read(_recordIndex, _entry.index, _sink);
         throw WalkEnded();
     }
     if (storedWithDescriptor) {
@@ -227,8 +221,7 @@ void ZipWalkProcessor::endUnarchiving() {
         _entry.crc = _info->crc;
         _entry.crcKnown = true;
     }
-    const bool cut = _dp != nullptr && _dp->getAction() == kCutAction;
-    _close(judge(_entry, _out, cut));
+    _close(judge(_entry, _out, isCut(_dp)));
 }
 
 void ZipWalkProcessor::_close(const EntryResult& result) {
@@ -247,7 +240,7 @@ void ZipWalkProcessor::fail(const std::string& problem) {
 void ZipWalkProcessor::readRest() {
     const auto& records = _directory.records();
     for (size_t i = 0; i < records.size(); ++i) {
-        if (!_reached[i]) _direct.read(i, _entries++, true, _sink);
+        if (!_reached[i]) _direct.read(i, _entries++, _sink);
     }
 }
 

@@ -22,6 +22,11 @@ EntryResult judge(const Entry& expected, CheckedStream& out, bool cut);
 // with the library's header reader and inflater: for entries the walk of
 // local headers did not reach, and for stored entries whose size only the
 // directory knows.
+// A decompress processor's answer that has the rest of an entry passed over.
+constexpr int kCutAction = 2;
+// `dp` (may be null) has cut the entry being inflated short.
+inline bool isCut(QRN_SPACE::DecompressProcessor* dp) { return dp != nullptr && dp->getAction() == kCutAction; }
+
 class DirectReader {
 public:
     // `input` and `directory` are not owned.
@@ -29,13 +34,11 @@ public:
         : _input(input), _directory(directory), _dp(dp) {}
 
     // The entry of directory record `record`, never read past where the
-    // next entry begins; `recovered`: the walk of local headers did not
-    // reach it.
-    void read(size_t record, int index, bool recovered, EntrySink& sink);
+    // next entry begins.
+    void read(size_t record, int index, EntrySink& sink);
 
 private:
     long _atLocalHeader(const QRN_SPACE::ZipCentralDir& record, QRN_SPACE::InputStream& in);
-    bool _cut() const;
 
     QRN_SPACE::BufferBase& _input;
     const ZipDirectory& _directory;
